@@ -1,0 +1,65 @@
+// The two hash tables: the search's transposition table and the pawn hash.
+#pragma once
+
+#include "board/board.h"
+
+// ---- transposition table --------------------------------------------------------------------------------------
+
+enum HashBound : u8 {
+    HASH_EXACT = 0,  // also what a never-written slot reads as
+    HASH_UPPER = 1,
+    HASH_LOWER = 2,
+};
+
+constexpr i32 HASH_NO_CUT = 32001;  // the slot holds this position but gives no cut-off
+constexpr i32 HASH_MISS = 32002;    // the slot holds another position
+
+struct ys_hash {
+    u64 key;     // whole hashKey, 0 in an empty slot
+    u8 depth;    // plies
+    u8 bound;    // HashBound
+    i16 value;   // centipawns; mate scores exactly as the search had them
+    Mossa move;  // best move, or 0
+};
+static_assert(sizeof(ys_hash) == 16);
+
+/// Frees the table and allocates `entries` empty records, said in a line with `megabytes`. If they cannot be had: the
+/// failure line, and a table of one record that works.
+void hashAlloc(u64 entries, i32 megabytes);
+/// Empties the table. `entries` is the number the caller believes in; never more than the table has are touched.
+void hashClear(u64 entries);
+/// Looks up the position at `board`. Copies the slot to `slotCopy` in every case, a foreign position's too. Returns a
+/// score in the window's terms, HASH_NO_CUT or HASH_MISS.
+i32 hashProbe(ys_hash& slotCopy, i32 depth, i32 alpha, i32 beta);
+/// Stores for the position at `board`. An exact value of lesser depth than the slot's is dropped; all else replaces.
+void hashStore(i32 depth, i32 value, HashBound bound, Mossa move);
+/// The move of an exact entry of the position at `board`, else 0.
+Mossa hashExactMove();
+/// Slots in use; walks the whole table.
+u64 hashFilled();
+
+// ---- pawn hash ------------------------------------------------------------------------------------------------
+
+constexpr i32 PAWN_HASH_MISS = 32002;
+
+struct hashPawn {
+    u64 pawnKey;      // key of the placement, 0 in an empty slot
+    TBB passedPawns;  // own passed pawns, frame of the pass
+    i16 pawnScore;    // centipawns for the own side
+    u8 spare;         // never written
+    u8 healthyPawns;  // 0 to 8; more with more than eight pawns
+};
+static_assert(sizeof(hashPawn) == 24);
+
+/// Frees the table and allocates EngineOptions.pawnHashEntries empty records, said in a line. If they cannot be had:
+/// the failure line, and a table of one record that works.
+void pawnHashAlloc();
+/// Looks up the pawns of the record at `board` as its side to move sees them. Returns `pawnScore` as an unsigned
+/// 16-bit number, or PAWN_HASH_MISS; `recordCopy` then holds what the slot held.
+i32 pawnHashProbe(hashPawn& recordCopy);
+/// Stores for the pawns of the record at `board`, over whatever the slot held.
+void pawnHashStore(i16 pawnScore, TBB passedPawns, u8 healthyPawns);
+/// Slots in use; walks the whole table.
+u64 pawnHashFilled();
+/// Empties the pawn hash. For tests and benchmarks alone: play never clears it.
+void pawnHashClear();

@@ -1,0 +1,50 @@
+// What differs between operating systems, behind plain functions. One POSIX and one Windows source.
+#pragma once
+
+#include "platform/bits.h"
+
+#include <cstddef>
+#include <cstdio>
+
+/// Milliseconds of a monotonic clock in 32 bits: may wrap, only differences count (subtract as unsigned).
+[[nodiscard]] i32 nowMs();
+
+/// Milliseconds from `startMs` to now, right across the wrap of nowMs.
+[[nodiscard]] inline i32 elapsedMs(i32 startMs) {
+    return static_cast<i32>(static_cast<u32>(nowMs()) - static_cast<u32>(startMs));
+}
+
+/// Opens a regular file for reading bytes, without ever blocking; null with errno set if it cannot be opened or is
+/// a directory, a device or a pipe. The caller closes it.
+[[nodiscard]] std::FILE* openRegularFile(const char* path);
+
+/// A whole file mapped for reading.
+struct MappedFile {
+    const u8* data;  // null if there is none
+    u64 size;        // bytes
+};
+/// How mapFile went.
+enum class MapResult : u8 { mapped, cannotOpen, cannotMap };
+/// Maps a regular file. An empty file cannot be mapped.
+[[nodiscard]] MapResult mapFile(const char* path, MappedFile& file);
+void unmapFile(MappedFile& file);
+
+/// Zeroed memory of whole pages, taken from the system only when touched; null if it cannot be had.
+/// largePages  worth asking the system for large pages.
+[[nodiscard]] void* allocatePages(std::size_t bytes, bool largePages);
+void freePages(void* memory, std::size_t bytes);
+/// Makes the memory zero again by giving its pages back.
+void zeroPages(void* memory, std::size_t bytes);
+
+/// Interfaces send SIGINT before each command: it does nothing from now on.
+void ignoreInterrupts();
+
+/// Makes standard input and output unbuffered.
+void setUpStandardStreams();
+/// Whether standard output and standard error lead to the same pipe or file.
+[[nodiscard]] bool errorSharesOutput();
+/// Whether standard output is a terminal.
+[[nodiscard]] bool outputIsTerminal();
+
+/// Writes out what is pending and ends the process at once, without waiting for other threads or running destructors.
+[[noreturn]] void exitNow(i32 status);

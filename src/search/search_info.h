@@ -1,0 +1,31 @@
+// The records of the search that others read or fill. No include but platform types.
+#pragma once
+
+#include "platform/bits.h"
+#include "platform/relaxed.h"
+
+#include <array>
+
+/// Written by the search thread. `iterationDepth` alone is read by other threads while a search runs.
+struct SearchInfoRecord {
+    i32 elapsedCs;                // centiseconds since searchStartMs, written with each thinking line
+    u32 nodes;                    // counted nodes of the present iteration
+    Relaxed<i32> iterationDepth;  // depth of the running iteration, 0 before the first
+};
+extern SearchInfoRecord SearchInfo;
+
+/// A line of moves under a node; words beyond `count` are stale.
+struct PvLine {
+    i32 count;
+    std::array<u32, 64> argmove;
+};
+
+/// The line of the root: argmove[0] is the best move, argmove[1] the expected reply. Written by rootSearch.
+extern PvLine gs_lineH;
+
+/// An entry of the root list.
+struct RootMove {
+    u32 move;
+    i32 tbRank;  // filled by the root probe: positive wins, smaller faster; negative loses; 0 draws
+    i32 score;   // centipawns, written by rootSearch
+};
