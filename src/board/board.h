@@ -17,7 +17,7 @@ enum PieceCode : u8 { EMPTY = 0, PAWN = 1, KNIGHT = 2, BISHOP = 3, ROOK = 4, QUE
 /// Castling rights, own rights in the low nibble.
 enum CastleRight : u8 { OWN_LONG = 0x01, OWN_SHORT = 0x02, OPPONENT_LONG = 0x10, OPPONENT_SHORT = 0x20 };
 
-constexpr u8 noEpFile = 8;          // `epFile` when the last move was no double push
+constexpr u8 noEpFile = 8;           // `epFile` when the last move was no double push
 constexpr u8 blackToMoveFlag = 128;  // bit of `stateFlags`
 constexpr u8 repetitionMask = 127;   // bits of `stateFlags`
 

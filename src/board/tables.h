@@ -41,8 +41,8 @@ inline constexpr SquareTable KingAttacks = geometry::bySquare([](i32 s) {
 /// The up to eight knight jumps.
 inline constexpr SquareTable KnightAttacks = geometry::bySquare([](i32 s) {
     using geometry::step;
-    return step(s, 1, 2) | step(s, 2, 1) | step(s, 2, -1) | step(s, 1, -2) | step(s, -1, -2) | step(s, -2, -1) |
-           step(s, -2, 1) | step(s, -1, 2);
+    return step(s, 1, 2) | step(s, 2, 1) | step(s, 2, -1) | step(s, 1, -2) | step(s, -1, -2) |
+           step(s, -2, -1) | step(s, -2, 1) | step(s, -1, 2);
 });
 
 /// One step of an own pawn, from ranks 2 to 7.
@@ -58,8 +58,8 @@ inline constexpr SquareTable PawnAttacks = geometry::bySquare(
     [](i32 s) { return s >= 8 && s < 56 ? geometry::step(s, -1, 1) | geometry::step(s, 1, 1) : 0; });
 
 /// By target, on ranks 3 to 8: the squares from which an own pawn attacks it.
-inline constexpr SquareTable PawnChecks =
-    geometry::bySquare([](i32 s) { return s >= 16 ? geometry::step(s, -1, -1) | geometry::step(s, 1, -1) : 0; });
+inline constexpr SquareTable PawnChecks = geometry::bySquare(
+    [](i32 s) { return s >= 16 ? geometry::step(s, -1, -1) | geometry::step(s, 1, -1) : 0; });
 
 /// [a][b]: the squares strictly between two squares of one rank, file or diagonal; else empty.
 extern const std::array<SquareTable, 64> Between;

@@ -1,0 +1,171 @@
+// The lookup tables that are not constants of their header: lines between squares, sliding attacks, keys.
+#include "board/tables.h"
+
+#include "board/board.h"
+
+// ---- lines ----------------------------------------------------------------------------------------------------
+
+static consteval std::array<SquareTable, 64> linesBetween() {
+    std::array<SquareTable, 64> table{};
+    for (i32 from = 0; from < 64; ++from) {
+        for (i32 df = -1; df <= 1; ++df) {
+            for (i32 dr = -1; dr <= 1; ++dr) {
+                TBB passed = 0;
+                for (i32 n = 1; n < 8 && (df != 0 || dr != 0); ++n) {
+                    const TBB to = geometry::step(from, df * n, dr * n);
+                    if (to == 0) {
+                        break;
+                    }
+                    table[static_cast<u32>(from)][static_cast<u32>(lowestBit(to))] = passed;
+                    passed |= to;
+                }
+            }
+        }
+    }
+    return table;
+}
+
+constinit const std::array<SquareTable, 64> Between = linesBetween();
+
+static_assert(linesBetween()[0][63] == 0x0040201008040200ULL && linesBetween()[0][17] == 0 &&
+              linesBetween()[0][8] == 0);
+static_assert(PawnAttacks[8] == squareBit(17) && PawnAttacks[15] == squareBit(22));
+
+// ---- sliding attacks ------------------------------------------------------------------------------------------
+
+// Multipliers, square 0 to 63, found by trial of sparse random numbers: no two subsets of a square's mask with
+// different ray sets share an index. Any set with this property serves.
+static constexpr std::array<u64, 64> bishopMultipliers = {
+    0x04C4380860440140ULL, 0x002002020A0C2000ULL, 0x8021021400402002ULL, 0x8004242280404200ULL,
+    0x0804030800108200ULL, 0x2001040240080080ULL, 0x0001040104400808ULL, 0x0084808800900444ULL,
+    0x1200100411980200ULL, 0x0000B01080908480ULL, 0x0005088081020090ULL, 0x1091041C21828802ULL,
+    0x0004020210240020ULL, 0x3081011002101580ULL, 0x1500408824100408ULL, 0x2420020100880540ULL,
+    0x0860904002840122ULL, 0x8022003110021082ULL, 0x2042001004001820ULL, 0x4A0800A402102440ULL,
+    0x0884000A00940008ULL, 0x0912006022100200ULL, 0x0411044200822000ULL, 0x0002012101092100ULL,
+    0x00A0840808080800ULL, 0x0204022004080801ULL, 0x1118020001020200ULL, 0x0022008028008002ULL,
+    0x2001001021004000ULL, 0x4000820181004216ULL, 0x00209122008C1000ULL, 0x00C04206A0808400ULL,
+    0x0A01082000082001ULL, 0x0449043088421004ULL, 0x2000180600240C00ULL, 0x000B200800030811ULL,
+    0x80840040101C0100ULL, 0x8012080600204040ULL, 0x0808880040010100ULL, 0x0018309282010040ULL,
+    0x0428040484066080ULL, 0x6202085404500200ULL, 0x2400824240420800ULL, 0x820400D148003400ULL,
+    0x4240200410404C00ULL, 0x081116180A010040ULL, 0x0C60084604A00040ULL, 0x028102020A000049ULL,
+    0x400480842021C040ULL, 0x0002020124421984ULL, 0x4100410088041048ULL, 0x0040800084040400ULL,
+    0x8200011002020416ULL, 0x05480810010A0A11ULL, 0x0010101148428000ULL, 0xA002840802004040ULL,
+    0x0002020622020210ULL, 0x0000228048280401ULL, 0x0102500044041122ULL, 0x4421100400420880ULL,
+    0x2803001C04104414ULL, 0x0002453012108104ULL, 0x0210C00508120441ULL, 0x3040010400820040ULL,
+};
+static constexpr std::array<u64, 64> rookMultipliers = {
+    0x8080102040008000ULL, 0x5440041000200048ULL, 0x008020008010000AULL, 0x0200084200100420ULL,
+    0x0200081020040200ULL, 0x0600019002002824ULL, 0x040050811008020CULL, 0x0100004881000126ULL,
+    0x0005800440008020ULL, 0x2882002042090880ULL, 0x0002802000801004ULL, 0x0240808010000800ULL,
+    0x4480800800040082ULL, 0x0408808004000200ULL, 0x00BA0004A8020001ULL, 0x1106000042040091ULL,
+    0x0020208010400080ULL, 0x0022060045028020ULL, 0x0020008020100080ULL, 0x0202020008102041ULL,
+    0x0C50808008000400ULL, 0x0068808002000400ULL, 0x00510400C8100201ULL, 0x400006000100A444ULL,
+    0x483424818008400AULL, 0x8840008080200040ULL, 0x0800100080802000ULL, 0x0440100080800800ULL,
+    0x4000080080040080ULL, 0x9124040080020080ULL, 0x0089000300040E00ULL, 0x080001020020488CULL,
+    0x9040002040800080ULL, 0x80D0002001400242ULL, 0x0000401901002002ULL, 0x0030220901001000ULL,
+    0x0080580005003100ULL, 0x0022006C0A001008ULL, 0x0802301144001248ULL, 0x0020010042000084ULL,
+    0x4AC0400084228004ULL, 0x0010004020004000ULL, 0x3110004020010100ULL, 0x0598100009050020ULL,
+    0x4200080011010004ULL, 0x0818020004008080ULL, 0x02A0708102040008ULL, 0x5201010080420004ULL,
+    0x100B124063800100ULL, 0x7808200240048980ULL, 0x8800200010008080ULL, 0x1099201001000900ULL,
+    0x0100050010080100ULL, 0x0400800200040080ULL, 0x2040280190020400ULL, 0x00100C0100608200ULL,
+    0x0000201241088202ULL, 0x1040002042801B01ULL, 0x0124090010200041ULL, 0x0831002004081001ULL,
+    0x2003000800021005ULL, 0x80010002040008C1ULL, 0x0208008122081004ULL, 0x4000008844002102ULL,
+};
+
+struct Direction {
+    i32 file;
+    i32 rank;
+};
+using Directions = std::array<Direction, 4>;
+static constexpr Directions bishopDirections = {{{1, 1}, {1, -1}, {-1, 1}, {-1, -1}}};
+static constexpr Directions rookDirections = {{{1, 0}, {-1, 0}, {0, 1}, {0, -1}}};
+
+static constexpr i32 bishopAttackSets = 5248;
+static constexpr i32 rookAttackSets = 102400;
+
+constinit std::array<MagicEntry, 64> bishopMagic{};
+constinit std::array<MagicEntry, 64> rookMagic{};
+
+// The bishops' stretches, square 0 to 63, then the rooks'.
+static constinit std::array<TBB, bishopAttackSets + rookAttackSets> attackBlock{};
+
+// The rays from `square` up to and including the first member of `occ`.
+static TBB walkRays(i32 square, const Directions& directions, TBB occ) {
+    TBB reached = 0;
+    for (const Direction& d : directions) {
+        for (i32 n = 1; n < 8; ++n) {
+            const TBB to = geometry::step(square, d.file * n, d.rank * n);
+            reached |= to;
+            if (to == 0 || (occ & to) != 0) {
+                break;
+            }
+        }
+    }
+    return reached;
+}
+
+// The squares of the rays that can block: without the last square of each.
+static TBB blockerMask(i32 square, const Directions& directions) {
+    TBB mask = 0;
+    for (const Direction& d : directions) {
+        for (i32 n = 1; n < 8 && geometry::step(square, d.file * (n + 1), d.rank * (n + 1)) != 0; ++n) {
+            mask |= geometry::step(square, d.file * n, d.rank * n);
+        }
+    }
+    return mask;
+}
+
+// Fills the stretches of one kind of piece from `stretch` on; returns the end of the last.
+static TBB* fillSliders(std::array<MagicEntry, 64>& entries, const Directions& directions,
+                        const std::array<u64, 64>& multipliers, TBB* stretch) {
+    for (i32 square = 0; square < 64; ++square) {
+        const TBB mask = blockerMask(square, directions);
+        const i32 bits = popCount(mask);
+        const u64 magic = multipliers[static_cast<u32>(square)];
+        const u32 shift = static_cast<u32>(64 - bits);
+        entries[static_cast<u32>(square)] = MagicEntry{mask, magic, shift, stretch};
+        TBB subset = 0;
+        do {
+            stretch[subset * magic >> shift] = walkRays(square, directions, subset);
+            subset = (subset - mask) & mask;
+        } while (subset != 0);
+        stretch += std::size_t{1} << bits;
+    }
+    return stretch;
+}
+
+void initBoardTables() {
+    TBB* stretch = attackBlock.data();
+    stretch = fillSliders(bishopMagic, bishopDirections, bishopMultipliers, stretch);
+    fillSliders(rookMagic, rookDirections, rookMultipliers, stretch);
+}
+
+// ---- keys -----------------------------------------------------------------------------------------------------
+
+// SplitMix64: small, and good enough for keys. The order of the draws is part of the keys' definition.
+static consteval ZobristKeys drawKeys() {
+    ZobristKeys keys{};
+    u64 state = 0x2545F4914F6CDD1DULL;
+    const auto draw = [&state] {
+        state += 0x9E3779B97F4A7C15ULL;
+        u64 z = state;
+        z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9ULL;
+        z = (z ^ (z >> 27)) * 0x94D049BB133111EBULL;
+        return z ^ (z >> 31);
+    };
+    for (auto& row : keys.piece) {
+        for (u64& key : row) {
+            key = draw();
+        }
+    }
+    for (u64& key : keys.castle) {
+        key = draw();
+    }
+    for (u32 file = 0; file < 8; ++file) {
+        keys.ep[file] = draw();
+    }
+    keys.side = draw();
+    return keys;
+}
+
+constinit const ZobristKeys zobrist = drawKeys();

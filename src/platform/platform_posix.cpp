@@ -1,0 +1,118 @@
+// The POSIX side of platform.h.
+#include "platform/platform.h"
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <ctime>
+
+i32 nowMs() {
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    const u64 ms = static_cast<u64>(now.tv_sec) * 1000 + static_cast<u64>(now.tv_nsec) / 1'000'000;
+    return static_cast<i32>(static_cast<u32>(ms));
+}
+
+// A pipe without a writer would block the open for ever; without blocking it opens, and is then refused.
+static i32 openRegular(const char* path, struct stat& status) {
+    const i32 descriptor = open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (descriptor < 0) {
+        return -1;
+    }
+    if (fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
+        const bool isDirectory = S_ISDIR(status.st_mode);
+        close(descriptor);
+        errno = isDirectory ? EISDIR : EINVAL;
+        return -1;
+    }
+    return descriptor;
+}
+
+std::FILE* openRegularFile(const char* path) {
+    struct stat status {};
+    const i32 descriptor = openRegular(path, status);
+    if (descriptor < 0) {
+        return nullptr;
+    }
+    std::FILE* file = fdopen(descriptor, "rb");
+    if (file == nullptr) {
+        close(descriptor);
+    }
+    return file;
+}
+
+MapResult mapFile(const char* path, MappedFile& file) {
+    file = MappedFile{nullptr, 0};
+    struct stat status {};
+    const i32 descriptor = openRegular(path, status);
+    if (descriptor < 0) {
+        return MapResult::cannotOpen;
+    }
+    const u64 size = static_cast<u64>(status.st_size);
+    void* memory = mmap(nullptr, size, PROT_READ, MAP_SHARED, descriptor, 0);
+    close(descriptor);
+    if (memory == MAP_FAILED) {
+        return MapResult::cannotMap;
+    }
+    file = MappedFile{static_cast<const u8*>(memory), size};
+    return MapResult::mapped;
+}
+
+void unmapFile(MappedFile& file) {
+    if (file.data != nullptr) {
+        munmap(const_cast<u8*>(file.data), file.size);
+    }
+    file = MappedFile{nullptr, 0};
+}
+
+void* allocatePages(std::size_t bytes, bool largePages) {
+    if (bytes == 0) {
+        return nullptr;
+    }
+    void* memory =
+        mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    if (memory == MAP_FAILED) {
+        return nullptr;
+    }
+    madvise(memory, bytes, largePages ? MADV_HUGEPAGE : MADV_NOHUGEPAGE);
+    return memory;
+}
+
+void freePages(void* memory, std::size_t bytes) {
+    if (memory != nullptr) {
+        munmap(memory, bytes);
+    }
+}
+
+void zeroPages(void* memory, std::size_t bytes) {
+    madvise(memory, bytes, MADV_DONTNEED);
+}
+
+void ignoreInterrupts() {
+    std::signal(SIGINT, SIG_IGN);
+}
+
+void setUpStandardStreams() {
+    std::setvbuf(stdout, nullptr, _IONBF, 0);
+    std::setvbuf(stdin, nullptr, _IONBF, 0);
+}
+
+bool errorSharesOutput() {
+    struct stat output {};
+    struct stat error {};
+    return fstat(STDOUT_FILENO, &output) == 0 && fstat(STDERR_FILENO, &error) == 0 &&
+           output.st_dev == error.st_dev && output.st_ino == error.st_ino;
+}
+
+bool outputIsTerminal() {
+    return isatty(STDOUT_FILENO) == 1;
+}
+
+void exitNow(i32 status) {
+    std::fflush(stdout);
+    _exit(status);
+}
