@@ -1,0 +1,76 @@
+// From the two clocks to the budget of one move. The search compares the elapsed time with the result; the command
+// loops and the monitor thread call in here before a think that is to produce a move. All times in centiseconds.
+#include "frontend/frontend.h"
+#include "frontend/internal.h"
+#include "platform/platform.h"
+#include "platform/print.h"
+
+#include <algorithm>
+#include <limits>
+
+constexpr i32 shortClock = 6000;       // one minute: at or below it time is short ...
+constexpr i32 comfortIncrement = 300;  // ... unless each move brings three seconds
+constexpr i32 clockReserve = 500;      // an increment is spent only while more than this stays
+constexpr i32 openingMoves = 12;       // last move number that is played at the opening's speed
+
+/// What the clocks say about the divisor: less when ahead of the opponent, more when behind.
+static i32 clockBalance(i32 engineClock, i32 opponentClock) {
+    if (engineClock > opponentClock) {
+        return -TimeControl.moreTime;
+    }
+    return engineClock < opponentClock ? TimeControl.lessTime : 0;
+}
+
+/// Switches pondering off when either clock is short, and hurries when the engine's is. Returns what the divisor
+/// rises by. Deliberate: neither `ponder` nor `minDepth` comes back by itself.
+static i32 clockPressure(i32 engineClock, i32 opponentClock) {
+    if (TimeControl.increment >= comfortIncrement) {
+        return 0;
+    }
+    if (engineClock > shortClock) {
+        if (opponentClock <= shortClock) {
+            EngineOptions.ponder = 0;
+        }
+        return 0;
+    }
+    EngineOptions.minDepth = 1;
+    EngineOptions.ponder = 0;
+    return TimeControl.fastGame;
+}
+
+/// The part of `engineClock` that `divisor` gives, and the increment if the clock can bear it.
+static i32 budgetOf(i32 engineClock, i32 divisor) {
+    assert(divisor > 0);
+    // Single precision is part of the behaviour.
+    const i32 share = static_cast<i32>(static_cast<float>(engineClock) / static_cast<float>(divisor));
+    const i64 increment = TimeControl.increment;
+    if (increment <= 0 || i64{engineClock} - share - increment <= clockReserve) {
+        return share;
+    }
+    return static_cast<i32>(std::min(share + increment, i64{std::numeric_limits<i32>::max()}));
+}
+
+/// Deliberate: movesPerSession has no say, 40 moves in 5 minutes are budgeted like a game of 5 minutes.
+static void setBudget() {
+    const i32 engineClock = TimeControl.engineClock;
+    const i32 opponentClock = TimeControl.opponentClock;
+    i32 divisor = TimeControl.suddenDeath + clockBalance(engineClock, opponentClock) +
+                  clockPressure(engineClock, opponentClock);
+    if (TimeControl.moveNumber <= openingMoves) {
+        divisor += TimeControl.fastOpening;
+    }
+    const i32 budget = budgetOf(engineClock, divisor);
+    print("#DEBUG moves: %i move speed: %i  allocated time: %i\n", TimeControl.moveNumber, divisor, budget);
+    // The start first: a running search must not hold the time since the old start against the new budget.
+    EngineOptions.searchStartMs = nowMs();
+    TimeControl.allocatedTime = budget;
+}
+
+void allocateTime() {
+    setBudget();
+    EngineOptions.stopSearch = 0;
+}
+
+void allocateTimeForRunningSearch() {
+    setBudget();
+}
