@@ -1,6 +1,7 @@
 // Lookup tables of the board: steps, lines, sliding attacks, keys. All in the frame of the side to move.
 #pragma once
 
+#include "board/random64.h"
 #include "platform/bits.h"
 
 #include <array>
@@ -102,6 +103,3 @@ struct ZobristKeys {
     u64 side;                    // when White is to move
 };
 extern const ZobristKeys zobrist;
-
-/// The numbers published with the Polyglot book format: 768 for piece and square, 4 castling, 8 en passant, 1 turn.
-extern const std::array<u64, 781> Random64;

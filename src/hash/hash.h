@@ -59,6 +59,10 @@ void pawnHashAlloc();
 i32 pawnHashProbe(hashPawn& recordCopy);
 /// Stores for the pawns of the record at `board`, over whatever the slot held.
 void pawnHashStore(i16 pawnScore, TBB passedPawns, u8 healthyPawns);
+/// Key of a placement of pawns, squares in the frame of their side to move. black  whether Black is to move there.
+[[nodiscard]] u64 pawnHashKey(TBB ownPawns, TBB enemyPawns, bool black);
+/// The slot that belongs to `key`; its `pawnKey` tells whether it is in it. Valid until the next pawnHashAlloc.
+[[nodiscard]] hashPawn& pawnHashSlot(u64 key);
 /// Slots in use; walks the whole table.
 u64 pawnHashFilled();
 /// Empties the pawn hash. For tests and benchmarks alone: play never clears it.

@@ -1,8 +1,14 @@
 // The numbers of the Polyglot book format, in the published order. Others rest on their values: the book's keys, the
 // pawn hash's keys, the tablebases' material keys.
-#include "board/tables.h"
+#pragma once
 
-constinit const std::array<u64, 781> Random64 = {
+#include "platform/bits.h"
+
+#include <array>
+
+/// 768 for piece and square, 4 castling, 8 en passant, 1 turn. Here and not in a source file, so that tables made
+/// from them are made by the compiler.
+inline constexpr std::array<u64, 781> Random64 = {
     0x9D39247E33776D41ULL, 0x2AF7398005AAA5C7ULL, 0x44DB015024623547ULL, 0x9C15F73E62A76AE2ULL,
     0x75834465489C0C89ULL, 0x3290AC3A203001BFULL, 0x0FBBAD1F61042279ULL, 0xE83A908FF2FB60CAULL,
     0x0D7E765D58755C10ULL, 0x1A083822CEAFE02DULL, 0x9605D5F0E25EC3B0ULL, 0xD021FF5CD13A2ED5ULL,

@@ -1,0 +1,129 @@
+// The pawn hash: what the evaluation has worked out for a placement of pawns. It outlives searches and games; entries
+// depend on nothing but the pawns, so play never clears it. Owned by the thread that searches.
+#include "board/random64.h"
+#include "frontend/frontend.h"
+#include "hash/hash.h"
+#include "platform/platform.h"
+#include "platform/print.h"
+
+#include <limits>
+
+// Serves where there is no memory for a table.
+static constinit hashPawn loneRecord{};
+
+// What is really held, whatever the options say.
+static constinit hashPawn* pawnHashTable = &loneRecord;
+static constinit u64 recordsHeld = 1;
+
+// ---- key ------------------------------------------------------------------------------------------------------
+
+// The key is a XOR of one number a pawn. Numbers of all 256 placements of a rank are combined beforehand, so that a
+// key takes sixteen loads and no loop over pawns.
+using RankKeys = std::array<std::array<u32, 256>, 8>;  // [rank][files]
+
+// `first` is the entry of Random64 for a pawn on a1.
+static consteval RankKeys combineByRank(u32 first) {
+    RankKeys keys{};
+    for (u32 rank = 0; rank < 8; ++rank) {
+        for (u32 files = 1; files < 256; ++files) {
+            const u32 file = static_cast<u32>(std::countr_zero(files));
+            keys[rank][files] =
+                keys[rank][files & (files - 1)] ^ static_cast<u32>(Random64[first + rank * 8 + file]);
+        }
+    }
+    return keys;
+}
+
+// [0] for Black's pawns, [1] for White's, on squares of the frame.
+static constinit const std::array<RankKeys, 2> pawnKeys = {combineByRank(0), combineByRank(64)};
+
+static u32 armyKey(TBB pawnSet, const RankKeys& keys) {
+    u32 key = 0;
+    for (u32 rank = 0; rank < 8; ++rank) {
+        key ^= keys[rank][pawnSet >> (8 * rank) & 0xFF];
+    }
+    return key;
+}
+
+// Deliberate: the key does not tell whose view it is. Black's view of a placement has the key of White's view of the
+// mirrored placement, and a match is trusted.
+u64 pawnHashKey(TBB ownPawns, TBB enemyPawns, bool black) {
+    const u32 key = armyKey(ownPawns, pawnKeys[black ? 0 : 1]) ^ armyKey(enemyPawns, pawnKeys[black ? 1 : 0]);
+    return static_cast<u64>(static_cast<i64>(static_cast<i32>(key)));  // deliberate: 32 bits, with their sign
+}
+
+static u64 keyAtBoard() {
+    const TBB allPawns = pawns(*board);
+    return pawnHashKey(allPawns & board->side, allPawns & ~board->side, blackToMove(*board));
+}
+
+// ---- records --------------------------------------------------------------------------------------------------
+
+hashPawn& pawnHashSlot(u64 key) {
+    return pawnHashTable[key % recordsHeld];
+}
+
+i32 pawnHashProbe(hashPawn& recordCopy) {
+    const u64 key = keyAtBoard();
+    recordCopy = pawnHashSlot(key);
+    return recordCopy.pawnKey == key ? static_cast<u16>(recordCopy.pawnScore) : PAWN_HASH_MISS;
+}
+
+void pawnHashStore(i16 pawnScore, TBB passedPawns, u8 healthyPawns) {
+    const u64 key = keyAtBoard();
+    hashPawn& slot = pawnHashSlot(key);
+    slot.pawnKey = key;
+    slot.passedPawns = passedPawns;
+    slot.pawnScore = pawnScore;
+    slot.healthyPawns = healthyPawns;
+}
+
+u64 pawnHashFilled() {
+    u64 filled = 0;
+    for (u64 i = 0; i < recordsHeld; ++i) {
+        filled += pawnHashTable[i].pawnKey != 0 ? 1 : 0;
+    }
+    return filled;
+}
+
+// ---- memory ---------------------------------------------------------------------------------------------------
+
+static std::size_t tableBytes() {
+    return recordsHeld * sizeof(hashPawn);
+}
+
+static void freeTable() {
+    if (pawnHashTable != &loneRecord) {
+        freePages(pawnHashTable, tableBytes());
+    }
+    pawnHashTable = &loneRecord;
+    recordsHeld = 1;
+    loneRecord = {};
+}
+
+void pawnHashAlloc() {
+    freeTable();
+    const u64 entries = EngineOptions.pawnHashEntries;
+    const bool countable = entries <= std::numeric_limits<std::size_t>::max() / sizeof(hashPawn);
+    if (countable && entries != 0) {
+        void* memory = allocatePages(entries * sizeof(hashPawn), true);
+        if (memory != nullptr) {
+            pawnHashTable = static_cast<hashPawn*>(memory);
+            recordsHeld = entries;
+        }
+    }
+    const bool failed = entries != 0 && pawnHashTable == &loneRecord;
+    if (failed) {
+        print("Pawn Hash Table Memory Allocation Failed!\n");
+    } else {
+        print("Allocated %i MB for the Pawn Hash Table\n", EngineOptions.pawnHashSize);
+    }
+}
+
+void pawnHashClear() {
+    if (pawnHashTable == &loneRecord) {
+        loneRecord = {};
+    } else {
+        zeroPages(pawnHashTable, tableBytes());
+    }
+}
