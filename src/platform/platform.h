@@ -18,6 +18,11 @@
 /// a directory, a device or a pipe. The caller closes it.
 [[nodiscard]] std::FILE* openRegularFile(const char* path);
 
+/// Bytes of an open file, also beyond 4 GB; -1 if it cannot be told.
+[[nodiscard]] i64 fileSize(std::FILE* file);
+/// Moves to `offset` bytes from the file's start, also beyond 4 GB. Whether that worked.
+[[nodiscard]] bool seekFile(std::FILE* file, i64 offset);
+
 /// A whole file mapped for reading.
 struct MappedFile {
     const u8* data;  // null if there is none

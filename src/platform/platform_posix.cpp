@@ -45,6 +45,15 @@ std::FILE* openRegularFile(const char* path) {
     return file;
 }
 
+i64 fileSize(std::FILE* file) {
+    struct stat status {};
+    return fstat(fileno(file), &status) == 0 ? i64{status.st_size} : -1;
+}
+
+bool seekFile(std::FILE* file, i64 offset) {
+    return fseeko(file, off_t{offset}, SEEK_SET) == 0;
+}
+
 MapResult mapFile(const char* path, MappedFile& file) {
     file = MappedFile{nullptr, 0};
     struct stat status {};

@@ -33,6 +33,14 @@ std::FILE* openRegularFile(const char* path) {
     return isRegularFile(path) ? std::fopen(path, "rb") : nullptr;
 }
 
+i64 fileSize(std::FILE* file) {
+    return _filelengthi64(_fileno(file));
+}
+
+bool seekFile(std::FILE* file, i64 offset) {
+    return _fseeki64(file, offset, SEEK_SET) == 0;
+}
+
 MapResult mapFile(const char* path, MappedFile& file) {
     file = MappedFile{nullptr, 0};
     if (!isRegularFile(path)) {
