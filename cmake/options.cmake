@@ -5,30 +5,45 @@ include(CheckIPOSupported)
 add_library(tarvelmon-options INTERFACE)
 # Squares and counts are signed and index arrays everywhere: a change of sign alone is no warning.
 target_compile_options(tarvelmon-options INTERFACE
-  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Werror)
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion)
+if(TARVELMON_WERROR)
+  target_compile_options(tarvelmon-options INTERFACE -Werror)
+endif()
 
 # x86-64-v2 is every x86 processor since about 2009. It makes the population count one instruction: without it the
 # standard library calls a function.
-check_cxx_compiler_flag(-march=x86-64-v2 TARVELMON_HAS_X86_64_V2)
-if(TARVELMON_HAS_X86_64_V2 AND CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64|amd64")
-  target_compile_options(tarvelmon-options INTERFACE -march=x86-64-v2)
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64|amd64")
+  check_cxx_compiler_flag(-march=x86-64-v2 TARVELMON_HAS_X86_64_V2)
+  if(TARVELMON_HAS_X86_64_V2)
+    target_compile_options(tarvelmon-options INTERFACE -march=x86-64-v2)
+  endif()
 endif()
 
+# Position independent programs make addresses hard to guess.
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+include(CheckPIESupported)
+check_pie_supported()
+
 if(TARVELMON_SANITIZE)
+  # Checked subscripts of the standard containers catch what the sanitizers cannot see: a step from one field of a
+  # record into the next. Low optimisation keeps the build short; it comes behind the build type's own level.
   target_compile_options(tarvelmon-options INTERFACE
-    -fsanitize=${TARVELMON_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g -UNDEBUG)
+    -fsanitize=${TARVELMON_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -O1 -g1 -UNDEBUG)
+  target_compile_definitions(tarvelmon-options INTERFACE _GLIBCXX_ASSERTIONS)
   target_link_options(tarvelmon-options INTERFACE -fsanitize=${TARVELMON_SANITIZE})
 else()
-  # The files a game reads come from anywhere: stop a write beyond an array, forbid late binding. A position
-  # independent program makes addresses hard to guess.
-  target_compile_options(tarvelmon-options INTERFACE -fstack-protector-strong)
-  target_compile_definitions(tarvelmon-options INTERFACE $<$<NOT:$<CONFIG:Debug>>:_FORTIFY_SOURCE=2>)
+  # The files a game reads come from anywhere: stop a write beyond an array, forbid late binding.
+  # Some compilers define the fortify level themselves, hence the -U; without optimisation it only warns.
+  target_compile_options(tarvelmon-options INTERFACE
+    -fstack-protector-strong $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE$<SEMICOLON>-D_FORTIFY_SOURCE=2>)
   if(UNIX AND NOT APPLE)
     target_link_options(tarvelmon-options INTERFACE -Wl,-z,relro,-z,now)
   endif()
-  check_ipo_supported(RESULT TARVELMON_HAS_IPO LANGUAGES CXX)
-  if(TARVELMON_HAS_IPO AND NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
+  # Making a move is inlined into the loops of other files only by the linker.
+  check_ipo_supported(RESULT TARVELMON_HAS_IPO OUTPUT TARVELMON_IPO_REASON LANGUAGES CXX)
+  if(NOT TARVELMON_HAS_IPO)
+    message(STATUS "No link-time optimisation: ${TARVELMON_IPO_REASON}")
+  elseif(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
     set(CMAKE_INTERPROCEDURAL_OPTIMIZATION ON)
   endif()
 endif()
-set(CMAKE_POSITION_INDEPENDENT_CODE ON)
