@@ -95,6 +95,18 @@ extern constexpr std::array<std::array<i32, 64>, 8> psqTable = {
     rookPlacement, queenPlacement, kingOpening,     kingEnding,
 };
 
+static consteval std::array<std::array<i16, 64>, 65> termsByMen() {
+    std::array<std::array<i16, 64>, 65> terms{};
+    for (i32 men = 0; men <= 64; ++men) {
+        for (i32 square = 0; square < 64; ++square) {
+            terms[men][square] = wrap16(kingTerm(men, psqTable[6][square], psqTable[7][square]));
+        }
+    }
+    return terms;
+}
+
+extern constexpr std::array<std::array<i16, 64>, 65> kingTerms = termsByMen();
+
 // ---- from scratch ---------------------------------------------------------------------------------------------
 
 static i32 placedMaterial(TBB men, PieceCode code) {

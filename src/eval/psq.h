@@ -22,6 +22,9 @@ extern const std::array<std::array<i32, 64>, 8> psqTable;
     return kingTerm(men, psqTable[6][static_cast<u32>(square)], psqTable[7][static_cast<u32>(square)]);
 }
 
+/// The same by [men on the board][square].
+extern const std::array<std::array<i16, 64>, 65> kingTerms;
+
 /// Own minus opponent's material and placement of the position at `board` from scratch, centipawns, 16 bits: what
 /// psqScore must equal. A side without king has no king term.
 [[nodiscard]] i16 easyVal();

@@ -1,0 +1,313 @@
+// Making and testing the moves of one node: whatever depends on the position alone is worked out once, in NodeMoves,
+// and the rest of a move is a few words in registers and the stores of the new record. The loops of the move-tree
+// count and of the search use this; makeMove and makeMoveLight are the same code for a single move.
+#pragma once
+
+#include "board/attacks.h"
+#include "board/board.h"
+#include "eval/psq.h"
+#include "search/search_info.h"
+
+#include <algorithm>
+
+/// Kinds of make: with key and score, or the men alone.
+enum class MakeDepth : u8 { full, light };
+
+/// What all moves of the position at `board` share.
+struct NodeMoves {
+    TBB occ;       // all men
+    TBB checkers;  // as inCheck
+    TBB mustTest;  // own men whose moves need the test of the own king: all when in check, else those pinned
+    i32 men;       // number of men
+    i32 captureKings;  // what a capture changes in both kings' terms, centipawns
+    u64 keyBase;       // the key after a move, without its men and with rights unchanged
+};
+
+namespace node {
+
+constexpr TBB rank2 = 0x000000000000FF00ULL;
+constexpr TBB rank4 = 0x00000000FF000000ULL;
+
+// The rights that go when a man leaves or is taken on a corner.
+inline constexpr std::array<u8, 64> cornerRights = [] {
+    std::array<u8, 64> rights{};
+    rights[0] = OWN_LONG;
+    rights[7] = OWN_SHORT;
+    rights[56] = OPPONENT_LONG;
+    rights[63] = OPPONENT_SHORT;
+    return rights;
+}();
+
+// kingTerm of a king that may be missing.
+[[nodiscard]] inline i32 kingTermOf(i32 men, i32 square) {
+    return square == noSquare ? 0 : kingTerms[men][square];
+}
+
+// What the kings' terms gain for the mover when the men become one fewer. Squares in their owners' frames.
+[[nodiscard]] inline i32 kingTermsOfCapture(i32 men, i32 ownKing, i32 enemyKing) {
+    return kingTermOf(men - 1, ownKing) - kingTermOf(men, ownKing) + kingTermOf(men, enemyKing) -
+           kingTermOf(men - 1, enemyKing);
+}
+
+// The men after `move`, in the mover's frame. A `kind` that is no move gives nonsense, but touches no memory.
+[[nodiscard]] inline Placement placementAfter(const Scacchiera& b, Mossa move) {
+    const i32 kind = moveKind(move);
+    const TBB from = TBB{1} << (moveFrom(move) & 63);
+    const TBB to = TBB{1} << (moveTo(move) & 63);
+    const TBB fromTo = from | to;
+    Placement p{b.side ^ fromTo, b.pbq, b.nbk, b.rqk};
+    switch (kind >> 3) {
+        case CAPT_PAWN >> 3:
+            p.pbq &= ~to;
+            p.nbk &= ~to;
+            p.rqk &= ~to;
+            [[fallthrough]];
+        case MOVE_PAWN >> 3:
+            // The moving piece's code picks the boards that change, without a branch on the piece.
+            p.pbq ^= fromTo & (TBB{0} - (kind & 1));
+            p.nbk ^= fromTo & (TBB{0} - (kind >> 1 & 1));
+            p.rqk ^= fromTo & (TBB{0} - (kind >> 2 & 1));
+            break;
+        case CASTLE_LONG >> 3:
+            p.side = b.side ^ (fromTo | 0x09);
+            p.nbk ^= fromTo;
+            p.rqk ^= fromTo | 0x09;
+            break;
+        case EN_PASSANT >> 3:
+            p.pbq ^= fromTo ^ to >> 8;
+            break;
+        default:
+            if (kind == CASTLE_SHORT) {
+                p.side = b.side ^ (fromTo | 0xA0);
+                p.nbk ^= fromTo;
+                p.rqk ^= fromTo | 0xA0;
+                break;
+            }
+            const i32 promo = movePromo(move);
+            p.pbq = ((p.pbq & ~to) ^ from) | (to & (TBB{0} - (promo & 1)));
+            p.nbk = (p.nbk & ~to) | (to & (TBB{0} - (promo >> 1 & 1)));
+            p.rqk = (p.rqk & ~to) | (to & (TBB{0} - (promo >> 2 & 1)));
+            break;
+    }
+    return p;
+}
+
+// Whether the mover's king is attacked in a placement still in the mover's frame. With several kings it is the one
+// that leftInCheck looks at: the lowest of the frame after the flip.
+[[nodiscard]] inline bool kingIsAttacked(const Placement& p) {
+    const TBB ownKings = p.nbk & p.rqk & p.side;
+    if (ownKings == 0) {
+        return false;
+    }
+    const i32 king = lowestBit(byteSwap(ownKings)) ^ 56;
+    return attackersOfKing(p, p.pbq | p.nbk | p.rqk, king) != 0;
+}
+
+// Own men that stand alone between the own king on `king` and an enemy slider.
+[[nodiscard]] inline TBB pinnedMen(const Scacchiera& b, TBB occ, i32 king) {
+    const TBB enemy = occ ^ b.side;
+    TBB snipers =
+        ((rookAttacks(king, 0) & rooksAndQueens(b)) | (bishopAttacks(king, 0) & bishopsAndQueens(b))) & enemy;
+    TBB pinned = 0;
+    while (snipers != 0) {
+        const TBB between = Between[king][popLowest(snipers)] & occ;
+        if ((between & (between - 1)) == 0) {
+            pinned |= between;
+        }
+    }
+    return pinned & b.side;
+}
+
+// Whether the kind of move counts a repetition. Deliberate: a quiet bishop move does not look for one and keeps the
+// count of the position before.
+[[nodiscard]] constexpr bool countsRepetition(i32 kind) {
+    return kind != MOVE_BISHOP;
+}
+
+// How often the finished record at `board` has stood before, as far back as `rule50` and the stack allow. Rights and
+// en passant file are not compared: deliberate. Two plies back the mover's own men always differ.
+[[nodiscard]] inline u8 repetitionsBefore(const Scacchiera& record) {
+    if (record.rule50 < 4) {
+        return 0;
+    }
+    const i64 reach = std::min<i64>(record.rule50, &record - boardStack.data());
+    for (i64 back = 4; back <= reach; back += 2) {
+        const Scacchiera& earlier = *(&record - back);
+        if (earlier.side == record.side && earlier.pbq == record.pbq && earlier.nbk == record.nbk &&
+            earlier.rqk == record.rqk) {
+            return static_cast<u8>((earlier.stateFlags + 1) & repetitionMask);
+        }
+    }
+    return 0;
+}
+
+// The mover's rights after the move, in the mover's frame.
+[[nodiscard]] inline u8 rightsAfter(u8 rights, i32 kind, i32 from, i32 to) {
+    if (rights == 0) {
+        return 0;
+    }
+    const i32 code = kind & 7;
+    i32 lost = code == KING ? OWN_LONG | OWN_SHORT : 0;
+    lost |= code == ROOK ? cornerRights[from] & (OWN_LONG | OWN_SHORT) : 0;
+    lost |= (kind & 8) != 0 ? cornerRights[to] & (OPPONENT_LONG | OPPONENT_SHORT) : 0;
+    return static_cast<u8>(rights & ~lost);
+}
+
+// What psqScore gains for the mover. `moved` and `captured` are piece codes.
+[[nodiscard]] inline i32 scoreOfMove(const NodeMoves& n, const Placement& after, Mossa move, i32 captured) {
+    const i32 kind = moveKind(move);
+    const i32 from = moveFrom(move);
+    const i32 to = moveTo(move);
+    const i32 moved = kind & 7;
+    const auto& kingRow = kingTerms[n.men];
+    if (kind < 8) {
+        return moved == KING ? kingRow[to] - kingRow[from] : psqTable[moved][to] - psqTable[moved][from];
+    }
+    i32 gain = 0;
+    switch (kind) {
+        case CASTLE_SHORT:
+            // deliberate: the rook's change counts twice; the tables make it nothing
+            return kingRow[6] - kingRow[4] + 2 * (psqTable[ROOK][5] - psqTable[ROOK][7]);
+        case CASTLE_LONG:
+            return kingRow[2] - kingRow[4] + 2 * (psqTable[ROOK][3] - psqTable[ROOK][0]);
+        case PROMO:
+        case PROMO_CAPT:
+            gain = pieceValue[movePromo(move) & 7] + psqTable[movePromo(move) & 7][to] -
+                   psqTable[PAWN][from] - 100;
+            break;
+        case EN_PASSANT:
+            return psqTable[PAWN][to] - psqTable[PAWN][from] + 100 + psqTable[PAWN][(to - 8) ^ 56] +
+                   n.captureKings;
+        case CAPT_KING:
+            break;
+        default:
+            gain = psqTable[moved][to] - psqTable[moved][from];
+            break;
+    }
+    if (kind == PROMO) {
+        return gain;
+    }
+    gain += pieceValue[captured] + psqTable[captured][to ^ 56];
+    if (kind == CAPT_KING || captured == KING) [[unlikely]] {
+        const TBB allKings = after.nbk & after.rqk;
+        const i32 enemyKing = kingSquare(byteSwap(allKings & ~after.side));
+        if (kind == CAPT_KING) {
+            return gain + kingTerms[n.men - 1][to] - kingRow[from] + kingTermOf(n.men, enemyKing) -
+                   kingTermOf(n.men - 1, enemyKing);
+        }
+        return gain + kingTermsOfCapture(n.men, kingSquare(allKings & after.side), enemyKing);
+    }
+    return gain + n.captureKings;
+}
+
+// What the key gains by the men of the move.
+[[nodiscard]] inline u64 keyOfMove(Mossa move, i32 moved, i32 captured, i32 moverRow) {
+    const i32 kind = moveKind(move);
+    const i32 from = moveFrom(move);
+    const i32 to = moveTo(move);
+    const i32 promo = movePromo(move) & 7;
+    const i32 enemyRow = moverRow ^ 8;
+    const auto& own = zobrist.piece;
+    u64 key = own[moverRow + moved][from] ^ own[moverRow + (promo != 0 ? promo : moved)][to];
+    if (captured != 0) {
+        key ^= own[enemyRow + captured][to ^ 56];
+    }
+    if (kind >= PROMO) {
+        if (kind == EN_PASSANT) {
+            key ^= own[enemyRow + PAWN][(to - 8) ^ 56];
+        } else if (kind == CASTLE_SHORT) {
+            key ^= own[moverRow + ROOK][7] ^ own[moverRow + ROOK][5];
+        } else if (kind == CASTLE_LONG) {
+            key ^= own[moverRow + ROOK][0] ^ own[moverRow + ROOK][3];
+        }
+    }
+    return key;
+}
+
+// Writes the record of `move` above the current one, flipped, and steps `board` up. `after` is placementAfter.
+template <MakeDepth How>
+inline void writeRecord(const NodeMoves& n, const Placement& after, Mossa move) {
+    const Scacchiera& old = *board;
+    Scacchiera& next = board[1];
+    const i32 kind = moveKind(move);
+    const i32 from = moveFrom(move);
+    const i32 to = moveTo(move);
+
+    const TBB occ = after.pbq | after.nbk | after.rqk;
+    next.side = byteSwap(occ ^ after.side);
+    next.pbq = byteSwap(after.pbq);
+    next.nbk = byteSwap(after.nbk);
+    next.rqk = byteSwap(after.rqk);
+    next.reserved = old.reserved;
+
+    const u8 rights = rightsAfter(old.castleRights, kind, from, to);
+    const bool isDoublePush =
+        kind == MOVE_PAWN && (TBB{1} << to & rank4) != 0 && (TBB{1} << from & rank2) != 0;
+    const u8 epFile = isDoublePush ? static_cast<u8>(to & 7) : noEpFile;
+    next.castleRights = swapRights(rights);
+    next.epFile = epFile;
+
+    if constexpr (How == MakeDepth::full) {
+        const i32 captured = (kind & 8) != 0 ? pieceCode(old, to) : 0;
+        u64 key =
+            n.keyBase ^ keyOfMove(move, kind & 7, captured, blackToMove(old) ? 0 : 8) ^ zobrist.ep[epFile];
+        if (rights != old.castleRights) {
+            key ^= zobrist.castle[swapRights(old.castleRights)] ^ zobrist.castle[swapRights(rights)];
+        }
+        next.hashKey = key;
+        next.psqScore = wrap16(-(old.psqScore + scoreOfMove(n, after, move, captured)));
+    } else {
+        next.hashKey = old.hashKey;
+        next.psqScore = wrap16(-old.psqScore);
+    }
+
+    const u8 colour = static_cast<u8>(~old.stateFlags & blackToMoveFlag);
+    if (((kind & 8) | (kind == MOVE_PAWN) | (kind == PROMO)) != 0) {
+        next.rule50 = 0;
+        next.stateFlags = colour;
+    } else {
+        next.rule50 = static_cast<u8>(old.rule50 + 1);
+        const u8 repetitions = countsRepetition(kind) ? repetitionsBefore(next)
+                                                      : static_cast<u8>(old.stateFlags & repetitionMask);
+        next.stateFlags = static_cast<u8>(colour | repetitions);
+    }
+    ++board;
+}
+
+}  // namespace node
+
+/// Works out what the moves of the position at `board` share.
+[[nodiscard]] inline NodeMoves nodeMoves() {
+    const Scacchiera& b = *board;
+    NodeMoves n{};
+    n.occ = occupied(b);
+    n.men = popCount(n.occ);
+    const TBB ownKings = kings(b) & b.side;
+    const i32 ownKing = kingSquare(ownKings);
+    if (ownKing != noSquare) {
+        n.checkers = attackersOfKing(Placement{b.side, b.pbq, b.nbk, b.rqk}, n.occ, ownKing);
+        const bool testAll = n.checkers != 0 || (ownKings & (ownKings - 1)) != 0;
+        n.mustTest = testAll ? ~TBB{0} : node::pinnedMen(b, n.occ, ownKing);
+    }
+    n.captureKings = node::kingTermsOfCapture(n.men, ownKing, kingSquare(byteSwap(kings(b) & ~b.side)));
+    n.keyBase = b.hashKey ^ zobrist.side ^ zobrist.ep[b.epFile] ^ zobrist.castle[b.castleRights] ^
+                zobrist.castle[swapRights(b.castleRights)];
+    return n;
+}
+
+/// Plays `move`, one of the seventeen kinds and pseudo-legal in the position of `n` at `board`, if it leaves no own
+/// king attacked: then `board` is one record up, and the result is true. Otherwise false, and `board` stays. Either
+/// way one is added to SearchInfo.nodes: the same as makeMove, leftInCheck, and the step back.
+template <MakeDepth How = MakeDepth::full>
+[[nodiscard]] inline bool tryMove(const NodeMoves& n, Mossa move) {
+    ++SearchInfo.nodes;
+    const i32 kind = moveKind(move);
+    const Placement after = node::placementAfter(*board, move);
+    // Only these can expose the king: it moves itself, a pinned man leaves, two pawns leave a rank at once.
+    if (((n.mustTest >> moveFrom(move) & 1) != 0 || (kind & 7) == KING || kind == EN_PASSANT) &&
+        node::kingIsAttacked(after)) {
+        return false;
+    }
+    node::writeRecord<How>(n, after, move);
+    return true;
+}
