@@ -1,15 +1,110 @@
-// The driver of the static evaluation.
+// The driver of the static evaluation: the terms are added up for one side and, by the same code, for the other.
 #include "eval/eval.h"
 
 #include "board/board.h"
 #include "eval/internal.h"
+#include "eval/masks.h"
+
+#include <algorithm>
+#include <bit>
 
 constinit bool evalMaterialOnly = false;
 constinit std::array<i32, 22> evalTerms{};
+
+constexpr TBB outpostSquares = 0x3C3C18000000;  // d4 e4, c5 to f5, c6 to f6
+
+// The squares that pawns moving down could attack now or later.
+static TBB enemyPawnSpan(TBB enemyPawns) {
+    return sideways(southFill(enemyPawns) >> 8);
+}
+
+static TBB ownPawnSpan(TBB ownPawns) {
+    return sideways(northFill(ownPawns) << 8);
+}
+
+// Of several kings the lowest; countr_zero gives noSquare for none.
+static i32 kingSquare(TBB kingsOfSide) {
+    return std::countr_zero(kingsOfSide);
+}
+
+// The squares around the king of `enemyKings` where its king safety asks for the kinds of attacker.
+static TBB kingZone(TBB enemyKings) {
+    const TBB inItsFrame = byteSwap(enemyKings);
+    if (inItsFrame == 0) {
+        return 0;
+    }
+    const u32 square = static_cast<u32>(lowestBit(inItsFrame));
+    return byteSwap(kingZoneSides[square] | kingZoneFront1[square] | kingZoneFront2[square]);
+}
+
+Pass gatherSets(const Scacchiera& view) {
+    const TBB own = view.side;
+    const TBB occ = occupied(view);
+    const TBB allPawns = pawns(view);
+    const TBB ownPawns = allPawns & own;
+    const TBB enemyPawns = allPawns & ~own;
+    Pass pass{};
+    pass.own = own;
+    pass.enemyPawns = enemyPawns;
+    pass.allPawns = allPawns;
+    pass.occ = occ;
+    pass.ownPawns = ownPawns;
+    pass.ownKnights = knights(view) & own;
+    pass.ownBishops = bishops(view) & own;
+    pass.ownRooks = rooks(view) & own;
+    pass.ownQueens = queens(view) & own;
+    pass.outposts = outpostSquares & ~enemyPawnSpan(enemyPawns) & ownPawnSpan(ownPawns);
+    pass.ownKing = kingSquare(kings(view) & own);
+    pass.enemyKing = kingSquare(kings(view) & ~own);
+    pass.enemyKingZone = kingZone(kings(view) & ~own);
+    pass.men = popCount(occ);
+    pass.pawnCountIndex = static_cast<u32>(std::min(popCount(ownPawns), 8));
+    pass.anyQueen = queens(view) != 0;
+    pass.onlyKingsAndPawns = occ == (allPawns | kings(view));
+    pass.black = blackToMove(view);
+    pass.attacks.byPawn = sideways((ownPawns & ~rank1 & ~rank8) << 8);
+    pass.attacks.byKing = pass.ownKing == noSquare ? 0 : KingAttacks[static_cast<u32>(pass.ownKing)];
+    return pass;
+}
+
+// The terms that need nothing of the other side's pass.
+static i32 ownTerms(Pass& pass) {
+    i32 score = pawnTerms(pass);
+    score += pawnEndingTerm(pass);
+    score += passedPawnKingTerms(pass);
+    score += knightTerms(pass);
+    score += bishopTerms(pass);
+    score += rookTerms(pass);
+    score += queenTerms(pass);
+    return score;
+}
+
+// The terms that weigh the attacks of both sides against each other.
+static i32 attackTerms(const Pass& pass, const Pass& enemy) {
+    return hangingTerms(pass, enemy) + (enemy.ownQueens != 0 ? kingSafetyTerm(pass, enemy) : 0);
+}
+
+// Deliberate: attacks count only with a queen and another piece on the board, whoever has them.
+static bool attacksCount(const Scacchiera& b) {
+    return queens(b) != 0 && (rooks(b) | bishops(b) | knights(b)) != 0;
+}
 
 i16 evaluate() {
     if (sufficientMaterial() == 0) {
         return 0;
     }
-    return board->psqScore;
+    if (evalMaterialOnly) {
+        return board->psqScore;
+    }
+    Scacchiera otherView = *board;
+    flipBoard(otherView);
+    Pass own = gatherSets(*board);
+    Pass other = gatherSets(otherView);
+    i32 score = board->psqScore;
+    score += ownTerms(own);  // first: the pawn hash shows the order
+    score -= ownTerms(other);
+    if (attacksCount(*board)) {
+        score += attackTerms(own, other) - attackTerms(other, own);
+    }
+    return wrap16(score);
 }

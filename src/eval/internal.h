@@ -1,6 +1,9 @@
-// What the files of this folder share: table building and the evaluation's own hooks.
+// What the files of this folder share: the record of a pass, the terms that work on it, table building.
+//
+// A pass values one side's men, seen from that side. Each term is centipawns for the own side.
 #pragma once
 
+#include "board/board.h"
 #include "platform/bits.h"
 
 #include <array>
@@ -17,3 +20,84 @@ consteval std::array<T, 64> rank8OnTop(const std::array<T, 64>& printed) {
 
 /// For tests alone: true makes evaluate leave out both passes, so that its value is psqScore and the dead-draw test.
 extern bool evalMaterialOnly;
+
+/// In place of a king's square when there is no king.
+constexpr i32 noSquare = 64;
+
+/// The squares that a side's men attack, by kind of attacker. Own men's squares count, nobody sees through anybody.
+struct AttackSets {
+    TBB byPawn;
+    TBB byMinor;  // knights and bishops
+    TBB byRook;
+    TBB byQueen;
+    TBB byKing;
+};
+
+[[nodiscard]] constexpr TBB attackedByMen(const AttackSets& attacks) {
+    return attacks.byPawn | attacks.byMinor | attacks.byRook | attacks.byQueen;
+}
+[[nodiscard]] constexpr TBB attackedByAny(const AttackSets& attacks) {
+    return attackedByMen(attacks) | attacks.byKing;
+}
+
+/// What the terms of one side look at, in that side's frame. Sets without "enemy" or "all" are the own side's.
+struct Pass {
+    // Filled by gatherSets.
+    TBB own;
+    TBB enemyPawns;
+    TBB allPawns;
+    TBB occ;
+    TBB ownPawns;
+    TBB ownKnights;
+    TBB ownBishops;
+    TBB ownRooks;
+    TBB ownQueens;
+    TBB outposts;       // outpost squares that are safe from enemy pawns and can be guarded by an own one
+    TBB enemyKingZone;  // squares around the enemy's king where attackers' kinds count
+    i32 ownKing;        // square or noSquare; of several kings the lowest
+    i32 enemyKing;
+    i32 men;             // of both colours
+    u32 pawnCountIndex;  // number of own pawns, 8 for more: index of the tables by pawns
+    bool anyQueen;
+    bool onlyKingsAndPawns;
+    bool black;  // the own side is Black
+
+    // Filled by pawnTerms.
+    TBB passedPawns;
+    i32 healthyPawns;
+
+    // Filled by gatherSets (pawns and king) and by the terms of the pieces.
+    AttackSets attacks;
+    i32 zoneAttackers;  // own knights, bishops, rooks and queens that attack enemyKingZone
+};
+
+/// Takes the sets of the side to move of `view`.
+[[nodiscard]] Pass gatherSets(const Scacchiera& view);
+
+// ---- terms, in the order of a pass ----------------------------------------------------------------------------
+
+/// Structure of the pawns alone, as the pawn hash keeps it.
+struct PawnStructure {
+    i16 pawnScore;
+    TBB passedPawns;
+    u8 healthyPawns;
+};
+[[nodiscard]] PawnStructure pawnStructure(TBB ownPawns, TBB enemyPawns);
+
+/// Term Pawn: structure, by way of the pawn hash. Sets passedPawns and healthyPawns.
+[[nodiscard]] i32 pawnTerms(Pass& pass);
+/// Bonus for sound pawns where there is nothing else.
+[[nodiscard]] i32 pawnEndingTerm(const Pass& pass);
+/// With few men: own king near a passed pawn, enemy king far from it. After pawnTerms.
+[[nodiscard]] i32 passedPawnKingTerms(const Pass& pass);
+/// Knights, with the terms Outpost Knight and Knight Superfluo. These four fill `attacks` and `zoneAttackers`.
+[[nodiscard]] i32 knightTerms(Pass& pass);
+/// Bishops, with the term Bishop Pair.
+[[nodiscard]] i32 bishopTerms(Pass& pass);
+/// Rooks. After pawnTerms.
+[[nodiscard]] i32 rookTerms(Pass& pass);
+[[nodiscard]] i32 queenTerms(Pass& pass);
+/// Terms Hanging Knight, Bishop, Rook, Queen. Needs the attacks of both sides.
+[[nodiscard]] i32 hangingTerms(const Pass& pass, const Pass& enemy);
+/// Term King Safety. Needs the attacks of both sides. May set EngineOptions.kingDanger.
+[[nodiscard]] i32 kingSafetyTerm(const Pass& pass, const Pass& enemy);
