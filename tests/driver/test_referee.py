@@ -1,0 +1,66 @@
+"""The referee of the games notices what an engine does wrong, and nothing where it does all right."""
+
+import os
+import sys
+import unittest
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+sys.path.insert(0, os.path.join(HERE, "..", "..", "tools"))
+import referee  # noqa: E402
+from referee import Options, RepetitionCounts, play_game  # noqa: E402
+from chess_rules import Game  # noqa: E402
+
+# What the engine does wrong, and a piece of what the referee says of it.
+FAULTS = {
+    "illegal move": "plays the illegal move a1a1",
+    "error line": "said 'Error (unknown command): level'",
+    "late": "loses on time",
+    "end": "ended in the game",
+    "status": "ended with status 4",
+    "false result": "says '1/2-1/2 {Draw by repetition}'",
+}
+
+
+def fake_command(fault):
+    return f"{sys.executable} -B {os.path.join(HERE, 'fake_engine.py')} '{fault}'"
+
+
+def play_fake(fault, opponent="random", number=0):
+    command = fake_command(fault)
+    return play_game([command, opponent], Options(seconds=1.0, increment=0.01, max_plies=60), number)
+
+
+class Referee(unittest.TestCase):
+    def test_every_fault_is_noticed(self):
+        for fault, words in FAULTS.items():
+            with self.subTest(fault):
+                record = play_fake(fault)
+                self.assertIn(words, str(record.fault))
+                self.assertTrue(record.fault.player.is_ours)
+
+    def test_a_faultless_game_has_no_fault(self):
+        for number in range(4):
+            record = play_fake("", number=number)
+            self.assertIsNone(record.fault)
+            self.assertIn(record.reason, ("length", "checkmate", "stalemate", "repetition", "fifty moves"))
+
+    def test_a_repetition_that_is_not_announced_is_noticed(self):
+        self.addCleanup(setattr, referee, "RESULT_SECONDS", referee.RESULT_SECONDS)
+        referee.RESULT_SECONDS = 0.5
+        record = play_fake("", fake_command(""))  # both step to and fro
+        self.assertIn("does not announce ['1/2-1/2 {Draw by repetition}']", str(record.fault))
+
+    def test_repetition_count_takes_over_from_the_parent_at_a_quiet_bishop_move(self):
+        game = Game("4k1b1/8/8/8/8/8/8/1B2K1N1 w - - 0 1")
+        counts = RepetitionCounts(game.position)
+        expected = [0, 0, 0, 1,  # knight out, king aside, both back: the fourth ply repeats
+                    1, 1]        # bishop moves reach new positions and take the count along
+        for text, count in zip("g1f3 e8e7 f3g1 e7e8 b1c2 g8f7".split(), expected):
+            before = game.position
+            self.assertTrue(game.play(text))
+            counts.add(before, game.position, (ord(text[0]) - 97) + 8 * (int(text[1]) - 1))
+            self.assertEqual(counts.counts[-1], count, text)
+
+
+if __name__ == "__main__":
+    unittest.main()
