@@ -5,9 +5,6 @@
 #include "platform/platform.h"
 #include "platform/print.h"
 
-#include <algorithm>
-#include <limits>
-
 constexpr i32 shortClock = 6000;       // one minute: at or below it time is short ...
 constexpr i32 comfortIncrement = 300;  // ... unless each move brings three seconds
 constexpr i32 clockReserve = 500;      // an increment is spent only while more than this stays
@@ -43,11 +40,10 @@ static i32 budgetOf(i32 engineClock, i32 divisor) {
     assert(divisor > 0);
     // Single precision is part of the behaviour.
     const i32 share = static_cast<i32>(static_cast<float>(engineClock) / static_cast<float>(divisor));
-    const i64 increment = TimeControl.increment;
-    if (increment <= 0 || i64{engineClock} - share - increment <= clockReserve) {
-        return share;
-    }
-    return static_cast<i32>(std::min(share + increment, i64{std::numeric_limits<i32>::max()}));
+    const i32 increment = TimeControl.increment;
+    // With the increment the budget stays below the clock, so the sum has room in 32 bits; the test may not have.
+    const bool clockBearsIncrement = i64{engineClock} - share - increment > clockReserve;
+    return increment > 0 && clockBearsIncrement ? share + increment : share;
 }
 
 /// Deliberate: movesPerSession has no say, 40 moves in 5 minutes are budgeted like a game of 5 minutes.

@@ -1,0 +1,43 @@
+// What the tests of the front end share: default settings, positions, captured output.
+#pragma once
+
+#include "board/board.h"
+#include "frontend/config.h"
+#include "frontend/frontend.h"
+#include "platform/print.h"
+
+#include <gtest/gtest.h>
+#include <string>
+
+/// All settings and clocks as after a start without a configuration file; the start position.
+inline void setDefaults() {
+    EngineOptions.stopSearch = 0;
+    EngineOptions.gameOver = 0;
+    EngineOptions.ponder = 0;
+    TimeControl.opponentClock = 0;
+    TimeControl.increment = 0;
+    TimeControl.movesPerSession = 0;
+    loadConfig("no such file.ini");
+    newGame();
+}
+
+inline void setUp(const char* fen) {
+    newGame();
+    ASSERT_EQ(fenToBoard(fen), 1) << fen;
+}
+
+inline void play(const char* moves) {
+    std::string text = moves;
+    for (std::size_t at = 0; at < text.size(); at += 5) {
+        ASSERT_EQ(parseUserMove(text.substr(at, 5).c_str()), 1) << text.substr(at, 5);
+    }
+}
+
+/// What `action` writes to standard output.
+template <typename Action>
+std::string outputOf(Action action) {
+    testing::internal::CaptureStdout();
+    action();
+    flushOutput();
+    return testing::internal::GetCapturedStdout();
+}
