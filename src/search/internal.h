@@ -18,6 +18,9 @@ constexpr i16 stoppedScore = 1;
 /// The record from which on a search does not deepen any more. Set by think to searchRecordsMax above the root.
 extern const Scacchiera* searchCeiling;
 
+/// Nodes of all attempts of the last think together, where SearchInfo.nodes has those of one. For benchmarks.
+extern u64 thinkNodes;
+
 /// Searches the root list once. Writes each move's `score`, and `line` when a move raises alpha; stores in the hash.
 /// depth      plies, at least 1
 /// mateScore  MATE
@@ -58,7 +61,7 @@ i16 quiescenceGuard(i16 qDepth, i16 alpha, i16 beta, i16 mateScore, i16 tbMen);
 inline void copyLine(PvLine& pv, Mossa move, const PvLine& childLine) {
     constexpr i32 lineWords = 64;
     pv.argmove[0] = move;
-    for (u32 i = 1; i < lineWords; ++i) {
+    for (i32 i = 1; i < lineWords; ++i) {
         pv.argmove[i] = childLine.argmove[i - 1];
     }
     // Extensions and restarted plies make lines longer than the words that hold them.

@@ -82,7 +82,7 @@ static bool moveCutsOff(QuietNode& node, Mossa move) {
 
 static bool quietEvasionCutsOff(QuietNode& node, const QuietList& quiets) {
     for (i32 i = quiets.count - 1; i >= 0; --i) {
-        if (moveCutsOff(node, quiets.entries[static_cast<u32>(i)])) {
+        if (moveCutsOff(node, quiets.entries[i])) {
             return true;
         }
     }
@@ -121,7 +121,7 @@ static bool checkCutsOff(QuietNode& node) {
     checks.count = 0;
     genChecks(checks);
     for (i32 i = checks.count - 1; i >= 0; --i) {
-        const Mossa move = checks.entries[static_cast<u32>(i)];
+        const Mossa move = checks.entries[i];
         if (seeIsLosing(move) == 0 && moveCutsOff(node, move)) {
             return true;
         }

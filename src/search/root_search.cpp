@@ -20,7 +20,7 @@ i16 rootSearch(RootList& rootList, i32 rootCount, i32 depth, i16 alpha, i16 beta
     Mossa bestMove = 0;
     bool noMoveYet = true;
     for (i32 i = 0; i < rootCount; ++i) {
-        RootMove& entry = rootList[static_cast<u32>(i)];
+        RootMove& entry = rootList[i];
         PvLine childLine{};
         makeMove(entry.move);
         if (leftInCheck() != 0) {

@@ -82,7 +82,7 @@ static bool isShallow(const SearchNode& node) {
 // Centipawns that a quiet move may win at depths 1 to 3: more as men leave the board. Single precision, truncated.
 static i32 futilityMargin(i32 depth, i32 men) {
     constexpr std::array<float, 4> marginAt18Men = {0.0F, 500.0F, 890.0F, 1600.0F};
-    return static_cast<i32>(18.0F / static_cast<float>(men) * marginAt18Men[static_cast<u32>(depth)]);
+    return static_cast<i32>(18.0F / static_cast<float>(men) * marginAt18Men[depth]);
 }
 
 // The balance lies so far below alpha that quiet moves without check are not worth trying. An empty slot and an exact
@@ -231,12 +231,12 @@ static bool captureCutsOff(SearchNode& node) {
 }
 
 // `c` of historyTable for the position at `board`.
-static u32 historyHalf() {
+static i32 historyHalf() {
     return blackToMove(*board) ? 1 : 0;
 }
 
-static i32& historyOf(u32 half, Mossa move) {
-    return historyTable[half][static_cast<u32>(moveFrom(move))][static_cast<u32>(moveTo(move))];
+static i32& historyOf(i32 half, Mossa move) {
+    return historyTable[half][moveFrom(move)][moveTo(move)];
 }
 
 // Brings the next quiet move to the end of the list and returns it.
@@ -244,7 +244,7 @@ static Mossa takeQuiet(const SearchNode& node, QuietList& quiets) {
     if (killerToEnd(node.ply, quiets) == 0) {
         historyToEnd(quiets);
     }
-    return quiets.entries[static_cast<u32>(quiets.count - 1)];
+    return quiets.entries[quiets.count - 1];
 }
 
 static bool isLateQuiet(const SearchNode& node, i32 tried, bool givesCheck) {

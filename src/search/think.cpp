@@ -15,6 +15,8 @@ constexpr i32 shownMateScore = 18999;    // scores beyond it are announced as ma
 constexpr i32 firstSecond = 100;         // centiseconds in which every iteration may begin
 constexpr i32 deepestIteration = 32767;  // a depth has 16 bits
 
+constinit u64 thinkNodes = 0;
+
 namespace {
 
 // What lives through the iterations of one think.
@@ -130,6 +132,7 @@ static Mossa deepen(Deepening& state, RootList& rootList, i32 rootCount, i32 pon
         }
         const i32 score = rootSearch(rootList, rootCount, depth, state.alpha, state.beta, gs_lineH, MATE,
                                      wrap16(state.tbMen));
+        thinkNodes += SearchInfo.nodes;
         if (EngineOptions.stopSearch == 1) {
             break;
         }
@@ -147,6 +150,7 @@ static Mossa deepen(Deepening& state, RootList& rootList, i32 rootCount, i32 pon
 
 Mossa think(i32 ponderSearch) {
     SearchInfo.iterationDepth = 0;
+    thinkNodes = 0;
     clearTables();
     RootList rootList{};
     i32 rootCount = 0;

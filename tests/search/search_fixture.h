@@ -14,20 +14,21 @@
 
 constexpr i32 twoHours = 720000;  // centiseconds
 
-/// Allocates both hash tables, once for the process, with nothing on standard output.
+/// Allocates both hash tables in the sizes of the golden lists, unless they are so, with nothing on standard output.
 inline void allocateTestTables() {
-    static const bool done = [] {
-        testing::internal::CaptureStdout();
-        EngineOptions.hashSize = 64;
-        EngineOptions.hashEntries = 4194304;
-        EngineOptions.pawnHashSize = 256;
-        EngineOptions.pawnHashEntries = 11184810;
-        hashAlloc(EngineOptions.hashEntries, EngineOptions.hashSize);
-        pawnHashAlloc();
-        testing::internal::GetCapturedStdout();
-        return true;
-    }();
-    static_cast<void>(done);
+    constexpr u64 entries = 4194304;
+    constexpr u64 pawnEntries = 11184810;
+    if (EngineOptions.hashEntries == entries && EngineOptions.pawnHashEntries == pawnEntries) {
+        return;
+    }
+    EngineOptions.hashSize = 64;
+    EngineOptions.hashEntries = entries;
+    EngineOptions.pawnHashSize = 256;
+    EngineOptions.pawnHashEntries = pawnEntries;
+    testing::internal::CaptureStdout();
+    hashAlloc(EngineOptions.hashEntries, EngineOptions.hashSize);
+    pawnHashAlloc();
+    testing::internal::GetCapturedStdout();
 }
 
 inline void resetClock() {
