@@ -149,6 +149,7 @@ class EnginePlayer:
         self.started = False
         self.budget = None       # centiseconds, of the present move
         self.longest_overrun = 0.0
+        self.ponder_searches = 0
         self._negotiate()
         self.is_ours = self.name.startswith("tarvelmon")
 
@@ -227,7 +228,9 @@ class EnginePlayer:
         budget = BUDGET_LINE.match(line)
         if budget:
             self.budget = int(budget.group(3))
-        if line.startswith(("Error", "Illegal move", "tellusererror", "#DEBUG Errore")):
+        if line.startswith("Hint: "):
+            self.ponder_searches += 1
+        if line.startswith(("Error", "Illegal move", "tellusererror")):
             raise Fault(self, f"said '{line}'")
         return None
 
@@ -249,6 +252,7 @@ class RandomPlayer:
     is_ours = False
     name = "random"
     longest_overrun = 0.0
+    ponder_searches = 0
     budget = None
 
     def __init__(self, seed):
@@ -299,7 +303,7 @@ class Options:
 
 # How a game ended, and what it cost.
 GameRecord = collections.namedtuple(
-    "GameRecord", "white black result reason moves fault untrue_claims unannounced overruns start_fen logs")
+    "GameRecord", "white black result reason moves fault untrue_claims unannounced overruns ponder_searches start_fen logs")
 
 
 class Match:
@@ -482,7 +486,7 @@ def play_game(commands, options, number):
         overruns = {player.name: player.longest_overrun for player in players}
         return GameRecord(names[0], names[1], result, reason, match.game.moves if match else [], fault,
                           match.untrue_claims if match else 0, match.unannounced if match else 0, overruns,
-                          START_FEN, logs)
+                          sum(player.ponder_searches for player in players), START_FEN, logs)
 
 
 def san(game_position, text):
@@ -543,6 +547,7 @@ class Tally:
         self.reasons = collections.Counter()
         self.overruns = collections.Counter()
         self.plies = 0
+        self.ponder_searches = 0
         self.untrue_claims = 0
         self.unannounced = 0
         self.our_faults = []
@@ -557,6 +562,7 @@ class Tally:
             self.results[winner] += 1
             self.reasons[record.reason] += 1
         self.plies += len(record.moves)
+        self.ponder_searches += record.ponder_searches
         self.untrue_claims += record.untrue_claims
         self.unannounced += record.unannounced
         for name, seconds in record.overruns.items():
@@ -570,6 +576,7 @@ class Tally:
         lines += [f"ended by {reason}: {count}" for reason, count in self.reasons.most_common()]
         lines += [f"longest overrun of a budget, {name}: {seconds * 1000:.0f} ms"
                   for name, seconds in self.overruns.items() if seconds > 0]
+        lines.append(f"ponder searches: {self.ponder_searches}")
         lines.append(f"draws claimed by count that the laws do not see: {self.untrue_claims}")
         lines.append(f"ends not announced while pondering: {self.unannounced}")
         lines.append(f"faults of tarvelmon: {len(self.our_faults)}, of others: {len(self.other_faults)}")
