@@ -1,0 +1,119 @@
+// Move trees against known counts of leaves.
+#include "board_support.h"
+
+struct PerftCase {
+    const char* name;
+    const char* fen;
+    i32 depth;
+    u64 leaves;
+};
+
+static const PerftCase benchmarkCases[] = {
+    {"start position", "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1", 6, 119060324},
+    {"castling everywhere", "r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1", 5,
+     193690690},
+    {"rook ending with en passant pins", "8/2p5/3p4/KP5r/1R3p1k/8/4P1P1/8 w - - 0 1", 7, 178633661},
+    {"promotions", "r3k2r/Pppp1ppp/1b3nbN/nP6/BBP1P3/q4N2/Pp1P2PP/R2Q1RK1 w kq - 0 1", 6, 706045033},
+    {"knight on f2", "rnbqkb1r/pp1p1ppp/2p5/4P3/2B5/8/PPP1NnPP/RNBQK2R w KQkq - 0 6", 3, 53392},
+    {"middle game", "r4rk1/1pp1qppp/p1np1n2/2b1p1B1/2B1P1b1/P1NP1N2/1PP1QPPP/R4RK1 w - - 0 10", 5, 164075551},
+};
+
+// Counts of positions that single out one rule each, as other programs give them.
+static const PerftCase ruleCases[] = {
+    {"start position, depth 1", "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1", 1, 20},
+    {"illegal en passant, pinned along a diagonal", "3k4/3p4/8/K1P4r/8/8/8/8 b - - 0 1", 6, 1134888},
+    {"illegal en passant, bishop's line", "8/8/4k3/8/2p5/8/B2P1K2/8 w - - 0 1", 6, 1038514},
+    {"en passant gives check", "8/8/1k6/2b5/2pP4/8/5K2/8 b - d3 0 1", 6, 1440467},
+    {"short castling gives check", "5k2/8/8/8/8/8/8/4K2R w K - 0 1", 6, 661072},
+    {"long castling gives check", "3k4/8/8/8/8/8/8/R3K3 w Q - 0 1", 6, 803711},
+    {"rights lost by capture", "r3k2r/1b4bq/8/8/8/8/7B/R3K2R w KQkq - 0 1", 4, 1274206},
+    {"castling prevented", "r3k2r/8/3Q4/8/8/5q2/8/R3K2R b KQkq - 0 1", 4, 1720476},
+    {"promotion out of check", "2K2r2/4P3/8/8/8/8/8/3k4 w - - 0 1", 6, 3821001},
+    {"discovered check", "8/8/1P2K3/8/2n5/1q6/8/5k2 b - - 0 1", 5, 1004658},
+    {"promotion gives check", "4k3/1P6/8/8/8/8/K7/8 w - - 0 1", 6, 217342},
+    {"many promotions", "n1n5/PPPk4/8/8/8/8/4Kppp/5N1N b - - 0 1", 5, 3605103},
+    {"rooks and rights", "r3k2r/8/8/8/8/8/8/R3K2R w KQkq - 0 1", 5, 7594526},
+    {"rights of one rook", "r3k2r/8/8/8/8/8/8/1R2K2R b Kkq - 0 1", 4, 334705},
+    {"knights only", "8/1n4N1/2k5/8/8/5K2/4N1n1/8 w - - 0 1", 4, 42270},
+    {"bishops only", "B6b/8/8/8/2K5/5k2/8/b6B b - - 0 1", 5, 530585},
+    {"pawns only", "8/2k1p3/3pP3/3P2K1/8/8/8/8 w - - 0 1", 6, 34834},
+    {"pawns with promotions", "8/Pk6/8/8/8/8/6Kp/8 w - - 0 1", 5, 90606},
+    {"black to move in the start position", "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR b KQkq - 0 1", 4,
+     197281},
+    {"rooks against rooks", "R6r/8/8/2K5/5k2/8/8/r6R w - - 0 1", 4, 771461},
+};
+
+// Standard counts of trees that hold stalemates above the leaves: each adds one here.
+struct StalemateCase {
+    PerftCase standard;
+    u64 stalemates;
+};
+static const StalemateCase stalemateCases[] = {
+    {{"underpromotion gives check", "8/P1k5/K7/8/8/8/8/8 w - - 0 1", 6, 92683}, 8},
+    {{"double check", "8/5k2/8/5N2/5Q2/2K5/8/8 w - - 0 1", 4, 23527}, 13},
+};
+
+static void expectLeaves(const PerftCase& c, i32 depth, u64 leaves) {
+    SCOPED_TRACE(c.name);
+    setUp(c.fen);
+    const Scacchiera before = *board;
+    EXPECT_EQ(perftOrOne(depth), leaves);
+    EXPECT_EQ(board, boardStack.data());
+    EXPECT_TRUE(sameRecord(*board, before));
+}
+
+TEST(PerftFull, BenchmarkPositionsHaveTheKnownCounts) {
+    for (const PerftCase& c : benchmarkCases) {
+        expectLeaves(c, c.depth, c.leaves);
+    }
+}
+
+TEST(Perft, PositionsOfOneRuleHaveTheKnownCounts) {
+    for (const PerftCase& c : ruleCases) {
+        expectLeaves(c, c.depth, c.leaves);
+    }
+}
+
+TEST(Perft, DepthZeroIsOneLeaf) {
+    setUp("rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1");
+    EXPECT_EQ(perftOrOne(0), 1U);
+    EXPECT_EQ(SearchInfo.nodes, 0U);
+}
+
+TEST(Perft, CountsNothingForMateAndOneForStalemate) {
+    setUp("rnb1kbnr/pppp1ppp/8/4p3/6Pq/5P2/PPPPP2P/RNBQKBNR w KQkq - 1 3");
+    EXPECT_EQ(perft(1), 0U);
+    EXPECT_EQ(perft(3), 0U);
+    setUp("7k/5Q2/6K1/8/8/8/8/8 b - - 0 1");
+    EXPECT_EQ(perft(1), 1U);
+    EXPECT_EQ(perft(3), 1U);
+}
+
+TEST(Perft, AStalemateAboveTheLeavesAddsOne) {
+    for (const StalemateCase& c : stalemateCases) {
+        expectLeaves(c.standard, c.standard.depth, c.standard.leaves + c.stalemates);
+    }
+}
+
+TEST(Perft, CountsOneWhereAllSubtreesCameToNothing) {
+    // White's two moves, a6xb7 and c6xb7, both mate.
+    setUp("kn6/ppn5/P1P3r1/8/6r1/8/4r3/7K w - - 0 1");
+    EXPECT_EQ(perft(1), 2U);
+    EXPECT_EQ(perft(2), 1U);
+}
+
+TEST(Benchmark, ReportsItsSixPositions) {
+    testing::internal::CaptureStdout();
+    runBenchmark();
+    const std::string output = testing::internal::GetCapturedStdout();
+    EXPECT_TRUE(
+        output.starts_with("Running benchmark. . .\nExpected value:          119060324\n"
+                           "Calculated value:        119060324\n\n"))
+        << output;
+    EXPECT_NE(output.find("Expected value:              53392\nCalculated value:            53392\n\n"),
+              std::string::npos);
+    EXPECT_NE(output.find("\n\n\nTotal nodes:            1361558651 \nRaw nodes per second:   "),
+              std::string::npos)
+        << output;
+    EXPECT_EQ(pieceCode(*board, 6), KING) << "the last position stays on the board";
+}
