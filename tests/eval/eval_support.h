@@ -11,8 +11,23 @@
 
 #include <cstring>
 
+constexpr u64 manyPawnRecords = 43690;
+constexpr u64 onePawnRecord = 0;  // the static one serves; emptied at once
+
+/// A pawn hash of `entries` records from here on.
+inline void usePawnHash(u64 entries) {
+    static u64 present = ~u64{0};
+    if (present != entries) {
+        EngineOptions.pawnHashSize = 1;
+        EngineOptions.pawnHashEntries = entries;
+        pawnHashAlloc();
+        present = entries;
+    }
+}
+
 /// The position of `fen` in record 0 of a new game, with empty pawn hash and `kingDanger` 0.
 inline void setUp(const char* fen) {
+    usePawnHash(manyPawnRecords);
     newGame();
     ASSERT_EQ(fenToBoard(fen), 1) << fen;
     pawnHashClear();
@@ -32,12 +47,30 @@ inline Pass passOf(const char* fen) {
     return gatherSets(*board);
 }
 
-/// The sets of the other side, seen from it.
-inline Pass otherPassOf(const char* fen) {
+/// Both sides' passes of `fen` after all their own terms: attacks are filled.
+struct BothPasses {
+    Pass own;
+    Pass enemy;
+    i32 ownTerms;    // centipawns for the side to move, all terms but those that weigh attacks
+    i32 enemyTerms;  // for the other side
+};
+
+inline i32 runTerms(Pass& pass) {
+    i32 score = pawnTerms(pass);
+    score += pawnEndingTerm(pass) + passedPawnKingTerms(pass);
+    score += knightTerms(pass) + bishopTerms(pass);
+    score += rookTerms(pass) + queenTerms(pass);
+    return score;
+}
+
+inline BothPasses bothPasses(const char* fen) {
     setUp(fen);
     Scacchiera view = *board;
     flipBoard(view);
-    return gatherSets(view);
+    BothPasses both{gatherSets(*board), gatherSets(view), 0, 0};
+    both.ownTerms = runTerms(both.own);
+    both.enemyTerms = runTerms(both.enemy);
+    return both;
 }
 
 /// Turns the position at `board` into its mirror image: colours exchanged, the same side as seen from itself to move.
