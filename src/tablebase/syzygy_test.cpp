@@ -3,6 +3,7 @@
 #include "platform/print.h"
 #include "tablebase/tablebase.h"
 
+#include <algorithm>
 #include <array>
 #include <cinttypes>
 #include <cstdio>
@@ -62,6 +63,12 @@ static char* cutAtComma(char* text) {
     return comma + 1;
 }
 
+// Numbers beyond 32 bits become the nearest one.
+static i32 numberOf(const char* text) {
+    const long number = std::strtol(text, nullptr, 10);
+    return static_cast<i32>(std::clamp<long>(number, INT32_MIN, INT32_MAX));
+}
+
 static bool probesAgree(i32 expectedDtz, i32 expectedWdl) {
     i32 dtzSuccess = 0;
     const i32 dtz = probeDtz(dtzSuccess);
@@ -77,7 +84,7 @@ static void checkCase(Harness& harness, const CaseLine& line) {
     if (wdlText == nullptr || fenToBoard(fields.data()) == 0) {
         ++harness.badFenCount;
         std::fprintf(harness.badFens, "%s\n", line.data());
-    } else if (!probesAgree(std::atoi(dtzText), std::atoi(wdlText))) {
+    } else if (!probesAgree(numberOf(dtzText), numberOf(wdlText))) {
         ++harness.errorCount;
         std::fprintf(harness.errors, "%s\n", line.data());
     }
