@@ -224,6 +224,20 @@ inline constexpr std::array<u8, 64> cornerRights = [] {
     return key;
 }
 
+// Key of the position after the move, which leaves `rights` and sets `epFile`.
+[[nodiscard]] inline u64 keyAfter(const NodeMoves& n, Mossa move, i32 captured, u8 rights, u8 epFile) {
+    const Scacchiera& old = *board;
+    const u64 key = n.keyBase ^ keyOfMove(move, moveKind(move) & 7, captured, blackToMove(old) ? 0 : 8) ^
+                    zobrist.ep[epFile];
+    return rights == old.castleRights
+               ? key
+               : key ^ zobrist.castle[swapRights(old.castleRights)] ^ zobrist.castle[swapRights(rights)];
+}
+
+[[nodiscard]] inline bool isDoublePush(i32 kind, i32 from, i32 to) {
+    return kind == MOVE_PAWN && (TBB{1} << to & rank4) != 0 && (TBB{1} << from & rank2) != 0;
+}
+
 // Writes the record of `move` above the current one, flipped, and steps `board` up. `after` is placementAfter.
 template <MakeDepth How>
 inline void writeRecord(const NodeMoves& n, const Placement& after, Mossa move) {
@@ -241,20 +255,13 @@ inline void writeRecord(const NodeMoves& n, const Placement& after, Mossa move) 
     next.reserved = old.reserved;
 
     const u8 rights = rightsAfter(old.castleRights, kind, from, to);
-    const bool isDoublePush =
-        kind == MOVE_PAWN && (TBB{1} << to & rank4) != 0 && (TBB{1} << from & rank2) != 0;
-    const u8 epFile = isDoublePush ? static_cast<u8>(to & 7) : noEpFile;
+    const u8 epFile = isDoublePush(kind, from, to) ? static_cast<u8>(to & 7) : noEpFile;
     next.castleRights = swapRights(rights);
     next.epFile = epFile;
 
     if constexpr (How == MakeDepth::full) {
         const i32 captured = (kind & 8) != 0 ? pieceCode(old, to) : 0;
-        u64 key =
-            n.keyBase ^ keyOfMove(move, kind & 7, captured, blackToMove(old) ? 0 : 8) ^ zobrist.ep[epFile];
-        if (rights != old.castleRights) {
-            key ^= zobrist.castle[swapRights(old.castleRights)] ^ zobrist.castle[swapRights(rights)];
-        }
-        next.hashKey = key;
+        next.hashKey = keyAfter(n, move, captured, rights, epFile);
         next.psqScore = wrap16(-(old.psqScore + scoreOfMove(n, after, move, captured)));
     } else {
         next.hashKey = old.hashKey;
@@ -276,23 +283,41 @@ inline void writeRecord(const NodeMoves& n, const Placement& after, Mossa move) 
 
 }  // namespace node
 
-/// Works out what the moves of the position at `board` share.
-[[nodiscard]] inline NodeMoves nodeMoves() {
+/// Works out what the moves of the position at `board` share. `checkers` is what inCheck tells of it.
+[[nodiscard]] inline NodeMoves nodeMoves(TBB checkers) {
     const Scacchiera& b = *board;
     NodeMoves n{};
     n.occ = occupied(b);
     n.men = popCount(n.occ);
+    n.checkers = checkers;
     const TBB ownKings = kings(b) & b.side;
     const i32 ownKing = kingSquare(ownKings);
     if (ownKing != noSquare) {
-        n.checkers = attackersOfKing(Placement{b.side, b.pbq, b.nbk, b.rqk}, n.occ, ownKing);
-        const bool testAll = n.checkers != 0 || (ownKings & (ownKings - 1)) != 0;
+        const bool testAll = checkers != 0 || (ownKings & (ownKings - 1)) != 0;
         n.mustTest = testAll ? ~TBB{0} : node::pinnedMen(b, n.occ, ownKing);
     }
     n.captureKings = node::kingTermsOfCapture(n.men, ownKing, kingSquare(byteSwap(kings(b) & ~b.side)));
     n.keyBase = b.hashKey ^ zobrist.side ^ zobrist.ep[b.epFile] ^ zobrist.castle[b.castleRights] ^
                 zobrist.castle[swapRights(b.castleRights)];
     return n;
+}
+
+[[nodiscard]] inline NodeMoves nodeMoves() {
+    const Scacchiera& b = *board;
+    const i32 ownKing = kingSquare(kings(b) & b.side);
+    return nodeMoves(ownKing == noSquare
+                         ? 0
+                         : attackersOfKing(Placement{b.side, b.pbq, b.nbk, b.rqk}, occupied(b), ownKing));
+}
+
+/// Key of the position after `move`, without making it.
+[[nodiscard]] inline u64 keyAfter(const NodeMoves& n, Mossa move) {
+    const i32 kind = moveKind(move);
+    const i32 from = moveFrom(move);
+    const i32 to = moveTo(move);
+    const i32 captured = (kind & 8) != 0 ? pieceCode(*board, to) : 0;
+    const u8 epFile = node::isDoublePush(kind, from, to) ? static_cast<u8>(to & 7) : noEpFile;
+    return node::keyAfter(n, move, captured, node::rightsAfter(board->castleRights, kind, from, to), epFile);
 }
 
 /// Plays `move`, one of the seventeen kinds and pseudo-legal in the position of `n` at `board`, if it leaves no own

@@ -28,6 +28,8 @@ static_assert(sizeof(ys_hash) == 16);
 void hashAlloc(u64 entries, i32 megabytes);
 /// Empties the table. `entries` is the number the caller believes in; never more than the table has are touched.
 void hashClear(u64 entries);
+/// Begins to fetch the slot of the position with this key, for a hashProbe that follows soon.
+void hashPrefetch(u64 key);
 /// Looks up the position at `board`. Copies the slot to `slotCopy` in every case, a foreign position's too. Returns a
 /// score in the window's terms, HASH_NO_CUT or HASH_MISS.
 i32 hashProbe(ys_hash& slotCopy, i32 depth, i32 alpha, i32 beta);

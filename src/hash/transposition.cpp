@@ -60,7 +60,7 @@ void hashAlloc(u64 entries, i32 megabytes) {
     freeTable();
     // A table without records is no failure; the sole record serves it.
     if (entries != 0) {
-        void* memory = entries <= entriesMax ? allocatePages(entries * sizeof(ys_hash), false) : nullptr;
+        void* memory = entries <= entriesMax ? allocatePages(entries * sizeof(ys_hash), true) : nullptr;
         if (memory == nullptr) {
             print("Hash Table Memory Allocation Failed!\n");
             return;
@@ -118,6 +118,10 @@ static ys_hash readSlot(u64 index) {
     }
     slot.move &= moveBits;
     return slot;
+}
+
+void hashPrefetch(u64 key) {
+    __builtin_prefetch(&hashTable[slotIndex(key)]);
 }
 
 i32 hashProbe(ys_hash& slotCopy, i32 depth, i32 alpha, i32 beta) {

@@ -1,6 +1,7 @@
 // The search at the horizon: captures and promotions, evasions, and checks on the first two levels, until the
 // position is quiet. No hash table, no mate scores. The clock test of the whole search is here too.
 #include "board/board.h"
+#include "board/node_moves.h"
 #include "eval/eval.h"
 #include "frontend/frontend.h"
 #include "platform/platform.h"
@@ -57,15 +58,14 @@ struct QuietNode {
     i16 standPat;
     i16 best;
     TBB inCheckNow;
+    NodeMoves moves;
 };
 
 }  // namespace
 
 // Plays one move, unless it is illegal. True if it cuts off.
 static bool moveCutsOff(QuietNode& node, Mossa move) {
-    makeMove(move);
-    if (leftInCheck() != 0) {
-        --board;
+    if (!tryMove(node.moves, move)) {
         return false;
     }
     const i16 score = wrap16(-quiescenceGuard(wrap16(node.qDepth - 1), wrap16(-node.beta), wrap16(-node.best),
@@ -147,7 +147,12 @@ static bool firstMovesCutOff(QuietNode& node) {
 }
 
 i16 quiescence(i16 qDepth, i16 alpha, i16 beta, i16 mateScore, i16 tbMen) {
-    QuietNode node{qDepth, beta, mateScore, tbMen, 0, 0, inCheck()};
+    QuietNode node;
+    node.qDepth = qDepth;
+    node.beta = beta;
+    node.mateScore = mateScore;
+    node.tbMen = tbMen;
+    node.inCheckNow = inCheck();
     const i16 balance = board->psqScore;
     if (node.inCheckNow == 0 && (balance > beta + lazyMargin || balance < alpha - lazyMargin)) {
         return balance;
@@ -163,6 +168,7 @@ i16 quiescence(i16 qDepth, i16 alpha, i16 beta, i16 mateScore, i16 tbMen) {
     }
     // Deliberate: the side in check may stand pat too. So a mate gives no mate score here.
     node.best = alpha > node.standPat ? alpha : node.standPat;
+    node.moves = nodeMoves(node.inCheckNow);
     if (firstMovesCutOff(node)) {
         return beta;
     }

@@ -2,6 +2,7 @@
 // node in their order, each is a function above it. Mate distance travels as an argument, and the bound of the hash
 // slot, be it another position's, decides which pruning may run.
 #include "board/board.h"
+#include "board/node_moves.h"
 #include "eval/eval.h"
 #include "frontend/frontend.h"
 #include "hash/hash.h"
@@ -30,6 +31,7 @@ struct SearchNode {
     bool noMoveYet;
     bool failLow;  // alpha not raised yet
     Mossa bestMove;
+    NodeMoves moves;   // what the making of the node's moves shares
     PvLine childLine;  // cleared once: a child that writes no line leaves its elder sibling's
     MoveList captures;
     QuietList quiets;
@@ -146,6 +148,15 @@ static bool internalDeepeningMayRun(const SearchNode& node) {
 
 // ---- moves ----------------------------------------------------------------------------------------------------
 
+// Makes the move unless it is illegal, and begins to fetch the new position's slot.
+static bool madeMove(const SearchNode& node, Mossa move) {
+    if (!tryMove(node.moves, move)) {
+        return false;
+    }
+    hashPrefetch(board->hashKey);
+    return true;
+}
+
 static i16 searchChild(SearchNode& node, i32 reduction, i32 allowNull) {
     return wrap16(-search(wrap16(node.depth + node.ext - 1 - reduction), wrap16(node.ply + 1),
                           wrap16(-node.beta), wrap16(-node.alpha), node.childLine, wrap16(node.mateScore - 1),
@@ -170,9 +181,7 @@ static bool hashMoveCutsOff(SearchNode& node) {
     if (!isPseudoLegal(move)) {
         return false;
     }
-    makeMove(move);
-    if (leftInCheck() != 0) {
-        --board;
+    if (!madeMove(node, move)) {
         return false;
     }
     const i16 score = searchChild(node, 0, 0);
@@ -208,12 +217,15 @@ static bool captureCutsOff(SearchNode& node) {
     if (hasHashMove(node)) {
         dropFromCaptures(node.slot.move, captures);
     }
+    Mossa next = captures.count > 0 ? pickBest(captures) : 0;
     while (captures.count > 0) {
-        const Mossa move = pickBest(captures);
+        const Mossa move = next;
         --captures.count;
-        makeMove(move);
-        if (leftInCheck() != 0) {
-            --board;
+        if (captures.count > 0) {
+            next = pickBest(captures);
+            hashPrefetch(keyAfter(node.moves, next));
+        }
+        if (!madeMove(node, move)) {
             continue;
         }
         const i16 score = searchChild(node, 0, 1);
@@ -291,9 +303,14 @@ static bool quietMoveCutsOff(SearchNode& node) {
     i32 tried = 0;
     for (; quiets.count > 0; --quiets.count) {
         const Mossa move = takeQuiet(node, quiets);
-        makeMove(move);
+        if (quiets.count > 1) {
+            hashPrefetch(keyAfter(node.moves, quiets.entries[quiets.count - 2]));
+        }
+        if (!madeMove(node, move)) {
+            continue;
+        }
         const bool givesCheck = inCheck() != 0;
-        if ((prune && !givesCheck) || leftInCheck() != 0) {
+        if (prune && !givesCheck) {
             --board;
             continue;
         }
@@ -333,7 +350,6 @@ static void enterNode(SearchNode& node) {
     node.noMoveYet = true;
     node.failLow = true;
     node.bestMove = 0;
-    node.childLine = {};
 }
 
 i16 search(i16 depth, i16 ply, i16 alpha, i16 beta, PvLine& pv, i16 mateScore, i32 allowNull,
@@ -391,6 +407,8 @@ i16 search(i16 depth, i16 ply, i16 alpha, i16 beta, PvLine& pv, i16 mateScore, i
             deepenInternally(node);
         }
     }
+    node.childLine = {};
+    node.moves = nodeMoves(node.inCheckNow);
     if (hasHashMove(node) && hashMoveCutsOff(node)) {
         return node.beta;
     }
