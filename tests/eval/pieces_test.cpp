@@ -147,6 +147,12 @@ TEST(RookTerms, AreAsWorkedByHand) {
     }
 }
 
+TEST(RookTerms, APassedPawnOfAStrangeEntryUnderTheRookCountsNeitherWay) {
+    Pass pass = passOf("7k/8/8/4P3/8/8/8/K3R3 w - - 0 1");
+    pass.passedPawns = pass.ownRooks;
+    EXPECT_EQ(rookTerms(pass), 12);
+}
+
 // ---- queens ---------------------------------------------------------------------------------------------------
 
 constexpr TermCase queenCases[] = {

@@ -3,6 +3,7 @@
 #include "random_positions.h"
 
 constexpr i32 gamePositions = 60000;
+constexpr i32 besiegedPositions = 30000;
 constexpr i32 thrownPositions = 12000;  // of each of five kinds
 
 // Values are taken with an empty pawn hash, hundreds of thousands of times.
@@ -24,6 +25,14 @@ TEST_F(EveryPosition, ValueEqualsThePlainEvaluationInRandomGames) {
 TEST_F(EveryPosition, ValueEqualsThePlainEvaluationOnThrownBoards) {
     RandomNumbers random{2};
     visitThrownBoards(random, thrownPositions, expectPlainValue);
+}
+
+TEST_F(EveryPosition, ValueEqualsThePlainEvaluationWhereAKingIsBesieged) {
+    RandomNumbers random{8};
+    for (i32 i = 0; i < besiegedPositions && !HasFailure(); ++i) {
+        throwSiege(random);
+        expectPlainValue();
+    }
 }
 
 // The pawn hash does not know whose view an entry is. A placement whose two views share a key has no symmetry.

@@ -1,6 +1,7 @@
 // Positions by chance, the same in every run: from random games, and by throwing men on a board.
 #pragma once
 
+#include "board/tables.h"
 #include "eval_support.h"
 #include "search/ordering.h"
 
@@ -74,6 +75,53 @@ inline void throwPosition(RandomNumbers& random, const ThrowRules& rules) {
     for (i32 i = 0; i < men; ++i) {
         const i32 square = emptySquare(random, b);
         putMan(b, square, throwCode(random, rules, square), random.below(2) == 0);
+    }
+    *board = b;
+    board->psqScore = easyVal();
+}
+
+inline void putIfFree(Scacchiera& b, TBB square, i32 code, bool own) {
+    if (square != 0 && (occupied(b) & square) == 0) {
+        putMan(b, lowestBit(square), code, own);
+    }
+}
+
+/// Puts at `board` a king with a square near it under attack from all sides: up to two pawns, a king, sliders on all
+/// lines and knights, so that the square often has eight attackers and more.
+inline void throwSiege(RandomNumbers& random) {
+    using geometry::step;
+    newGame();
+    Scacchiera b{};
+    b.epFile = noEpFile;
+    b.stateFlags = random.below(2) == 0 ? blackToMoveFlag : u8{0};
+    const i32 king = random.below(64);
+    putMan(b, king, KING, true);
+    if (random.below(3) == 0) {
+        putMan(b, emptySquare(random, b), KING, true);
+    }
+    const i32 file = king % 8 - 1 + random.below(3);
+    const i32 rank = king / 8 - 1 + random.below(4);
+    const i32 target = (rank & 7) * 8 + (file & 7);
+    for (const i32 side : {-1, 1}) {
+        putIfFree(b, random.below(5) == 0 ? 0 : step(target, side, 1), PAWN, false);
+    }
+    putIfFree(b, step(target, random.below(3) - 1, random.below(3) - 1), KING, false);
+    for (i32 line = 0; line < 9; ++line) {
+        const i32 distance = 1 + random.below(3);
+        const bool straight = line % 2 != 0;
+        const i32 code = random.below(3) == 0 ? QUEEN : straight ? ROOK : BISHOP;
+        const TBB square = step(target, (line % 3 - 1) * distance, (line / 3 - 1) * distance);
+        putIfFree(b, random.below(6) == 0 || line == 4 ? 0 : square, code, false);
+    }
+    for (i32 jump = 0; jump < random.below(6); ++jump) {
+        TBB squares = KnightAttacks[static_cast<u32>(target)];
+        for (i32 skip = random.below(popCount(squares)); skip > 0; --skip) {
+            (void)popLowest(squares);
+        }
+        putIfFree(b, squares, KNIGHT, false);
+    }
+    if (random.below(2) == 0) {
+        flipBoard(b);
     }
     *board = b;
     board->psqScore = easyVal();
