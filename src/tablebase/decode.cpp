@@ -25,29 +25,20 @@ static i64 lastValueOf(const streamData& d, u32 block) {
 static bool findBlock(const streamData& d, BlockPlace& place) {
     i32 stepsLeft = blockStepsMax;
     while (place.value < 0) {
-        if (place.block == 0 || --stepsLeft == 0) {
-            return false;
-        }
         --place.block;
-        if (place.block >= d.blockCount) {
+        if (place.block >= d.sizeCount || --stepsLeft == 0) {
             return false;
         }
         place.value += lastValueOf(d, place.block) + 1;
     }
-    for (;;) {
-        if (place.block >= d.blockCount) {
-            return false;
-        }
-        const i64 last = lastValueOf(d, place.block);
-        if (place.value <= last) {
-            return true;
-        }
+    while (place.block < d.sizeCount && place.value > lastValueOf(d, place.block)) {
         if (--stepsLeft == 0) {
             return false;
         }
-        place.value -= last + 1;
+        place.value -= lastValueOf(d, place.block) + 1;
         ++place.block;
     }
+    return place.block < d.blockCount;
 }
 
 static BlockPlace placeAtIndexPoint(const streamData& d, u64 idx) {

@@ -35,6 +35,7 @@ struct streamData {
     const u8* symbolPairs;
     u8* symbolSpan;  // values in a symbol, minus one
     u32 blockCount;
+    u64 sizeCount;  // entries of the size table: some more than blocks, for an index point behind the last one
     u32 symbolCount;
     i32 blockSize;               // log 2 of bytes
     i32 indexBits;               // log 2 of indices between two index points; 0: the stream is constant

@@ -290,6 +290,7 @@ static streamData* readStreamHeader(FileReader& file, u64 tbSize, StreamSizes& s
     stream->indexBits = indexBits;
     stream->minCodeLength = minCodeLength;
     stream->blockCount = blockCount;
+    stream->sizeCount = u64{blockCount} + extraSizes;
     for (i32 i = 0; i < lengths; ++i) {
         stream->offset[minCodeLength + i] = static_cast<u16>(littleEndian16(offsets + 2 * i));
     }
@@ -299,7 +300,7 @@ static streamData* readStreamHeader(FileReader& file, u64 tbSize, StreamSizes& s
         return nullptr;
     }
     sizes.indexTable = 6 * ((tbSize + (u64{1} << indexBits) - 1) >> indexBits);
-    sizes.sizeTable = u64{2} * (u64{blockCount} + extraSizes);
+    sizes.sizeTable = 2 * stream->sizeCount;
     sizes.data = u64{blockCount} << blockSize;
     return stream;
 }
