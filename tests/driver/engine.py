@@ -19,7 +19,7 @@ BANNER = ("tarvelmon chess engine by Ubaldo Merikossa\n"
           "enter 'console' for console mode...")
 
 # Seconds after which a wait counts as failed: long, for machines with much else to do and for sanitizers.
-PATIENCE = 120
+PATIENCE = float(os.environ.get("TARVELMON_PATIENCE", "120"))
 
 # A small table and no book, so that tests neither take much memory nor depend on a file.
 SMALL_INI = "[ENGINE]\nHashSize=16\nPawnHashSize=16\n[BOOK]\nBook=0\n[TABLEBASE]\nSyzygy=0\n"

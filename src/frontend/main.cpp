@@ -1,0 +1,56 @@
+// Entry point: configuration, start position, banner, and the wait for the line that says what the process is to be.
+#include "board/board.h"
+#include "frontend/config.h"
+#include "frontend/frontend.h"
+#include "frontend/internal.h"
+#include "platform/platform.h"
+#include "platform/print.h"
+
+static void printBanner() {
+    print("tarvelmon chess engine by Ubaldo Merikossa\n");
+    print("version 0.12\n");
+    print("\n");
+    print("enter 'console' for console mode...");
+    flushOutput();
+}
+
+static void startUp() {
+    EngineOptions.gameOver = 0;
+    EngineOptions.engineSide = noEngineSide;
+    setUpStandardStreams();
+    loadConfig(configFileName);
+    newGame();
+    printBanner();
+}
+
+static void enterProtocol() {
+    EngineOptions.xboardMode = 1;
+    xboardLoop();
+}
+
+static void enterConsole() {
+    EngineOptions.xboardMode = 0;
+    setUpTables();
+    consoleLoop();
+}
+
+/// Any line that names no mode is ignored without a word.
+static void takeModeLine(const char* line) {
+    if (hasPrefix(line, "xboard")) {
+        enterProtocol();
+    } else if (hasPrefix(line, "quit")) {
+        EngineOptions.quitRequest = 1;
+    } else if (hasPrefix(line, "c")) {
+        enterConsole();
+    }
+}
+
+int main() {
+    initBoardTables();
+    startUp();
+    char line[lineBufferSize];
+    while (EngineOptions.quitRequest == 0 && readLine(line)) {
+        takeModeLine(line);
+    }
+    return 0;
+}
