@@ -4,6 +4,7 @@
 #include "board/board.h"
 #include "eval/internal.h"
 #include "eval/masks.h"
+#include "hash/hash.h"
 
 #include <algorithm>
 #include <bit>
@@ -68,8 +69,8 @@ Pass gatherSets(const Scacchiera& view) {
 }
 
 // The terms that need nothing of the other side's pass.
-static i32 ownTerms(Pass& pass) {
-    i32 score = pawnTerms(pass);
+static i32 ownTerms(Pass& pass, u64 pawnKey) {
+    i32 score = pawnTerms(pass, pawnKey);
     score += pawnEndingTerm(pass);
     score += passedPawnKingTerms(pass);
     score += knightTerms(pass);
@@ -100,9 +101,10 @@ i16 evaluate() {
     flipBoard(otherView);
     Pass own = gatherSets(*board);
     Pass other = gatherSets(otherView);
+    const PawnHashKeys keys = pawnHashKeys(own.ownPawns, own.enemyPawns, own.black);
     i32 score = board->psqScore;
-    score += ownTerms(own);  // first: the pawn hash shows the order
-    score -= ownTerms(other);
+    score += ownTerms(own, keys.own);  // first: the pawn hash shows the order
+    score -= ownTerms(other, keys.other);
     if (attacksCount(*board)) {
         score += attackTerms(own, other) - attackTerms(other, own);
     }

@@ -85,7 +85,8 @@ struct PawnStructure {
 [[nodiscard]] PawnStructure pawnStructure(TBB ownPawns, TBB enemyPawns);
 
 /// Term Pawn: structure, by way of the pawn hash. Sets passedPawns and healthyPawns.
-[[nodiscard]] i32 pawnTerms(Pass& pass);
+/// pawnKey  the pass's own key of pawnHashKeys.
+[[nodiscard]] i32 pawnTerms(Pass& pass, u64 pawnKey);
 /// Bonus for sound pawns where there is nothing else.
 [[nodiscard]] i32 pawnEndingTerm(const Pass& pass);
 /// With few men: own king near a passed pawn, enemy king far from it. After pawnTerms.

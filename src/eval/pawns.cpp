@@ -66,12 +66,11 @@ PawnStructure pawnStructure(TBB ownPawns, TBB enemyPawns) {
     return {wrap16(score), passed, static_cast<u8>(healthy)};
 }
 
-i32 pawnTerms(Pass& pass) {
-    const u64 key = pawnHashKey(pass.ownPawns, pass.enemyPawns, pass.black);
-    hashPawn& slot = pawnHashSlot(key);
-    if (slot.pawnKey != key) {
+i32 pawnTerms(Pass& pass, u64 pawnKey) {
+    hashPawn& slot = pawnHashSlot(pawnKey);
+    if (slot.pawnKey != pawnKey) {
         const PawnStructure structure = pawnStructure(pass.ownPawns, pass.enemyPawns);
-        slot.pawnKey = key;
+        slot.pawnKey = pawnKey;
         slot.passedPawns = structure.passedPawns;
         slot.pawnScore = structure.pawnScore;
         slot.healthyPawns = structure.healthyPawns;

@@ -61,8 +61,13 @@ void pawnHashAlloc();
 i32 pawnHashProbe(hashPawn& recordCopy);
 /// Stores for the pawns of the record at `board`, over whatever the slot held.
 void pawnHashStore(i16 pawnScore, TBB passedPawns, u8 healthyPawns);
-/// Key of a placement of pawns, squares in the frame of their side to move. black  whether Black is to move there.
-[[nodiscard]] u64 pawnHashKey(TBB ownPawns, TBB enemyPawns, bool black);
+/// Keys of one placement of pawns as the two sides see it.
+struct PawnHashKeys {
+    u64 own;    // for the side whose frame it is
+    u64 other;  // for its opponent, in his frame
+};
+/// Squares in the frame of the own side. black  whether the own side is Black.
+[[nodiscard]] PawnHashKeys pawnHashKeys(TBB ownPawns, TBB enemyPawns, bool black);
 /// The slot that belongs to `key`; its `pawnKey` tells whether it is in it. Valid until the next pawnHashAlloc.
 [[nodiscard]] hashPawn& pawnHashSlot(u64 key);
 /// Slots in use; walks the whole table.

@@ -18,17 +18,19 @@ static constinit u64 recordsHeld = 1;
 // ---- key ------------------------------------------------------------------------------------------------------
 
 // The key is a XOR of one number a pawn. Numbers of all 256 placements of a rank are combined beforehand, so that a
-// key takes sixteen loads and no loop over pawns.
-using RankKeys = std::array<std::array<u32, 256>, 8>;  // [rank][files]
+// key takes no loop over pawns. The low half of an entry is for the rank as it stands, the high half for the rank as
+// the other side sees it: both views' keys come from one walk.
+using RankKeys = std::array<std::array<u64, 256>, 8>;  // [rank][files]
 
 // `first` is the entry of Random64 for a pawn on a1.
 static consteval RankKeys combineByRank(u32 first) {
     RankKeys keys{};
     for (u32 rank = 0; rank < 8; ++rank) {
         for (u32 files = 1; files < 256; ++files) {
-            const u32 file = static_cast<u32>(std::countr_zero(files));
-            keys[rank][files] =
-                keys[rank][files & (files - 1)] ^ static_cast<u32>(Random64[first + rank * 8 + file]);
+            const u32 square = rank * 8 + static_cast<u32>(std::countr_zero(files));
+            const u64 here = Random64[first + square] & 0xFFFFFFFF;
+            const u64 mirrored = Random64[first + (square ^ 56)] << 32;
+            keys[rank][files] = keys[rank][files & (files - 1)] ^ here ^ mirrored;
         }
     }
     return keys;
@@ -37,24 +39,30 @@ static consteval RankKeys combineByRank(u32 first) {
 // [0] for Black's pawns, [1] for White's, on squares of the frame.
 static constinit const std::array<RankKeys, 2> pawnKeys = {combineByRank(0), combineByRank(64)};
 
-static u32 armyKey(TBB pawnSet, const RankKeys& keys) {
-    u32 key = 0;
+static u64 armyKeys(TBB pawnSet, const RankKeys& keys) {
+    u64 key = 0;
     for (u32 rank = 0; rank < 8; ++rank) {
         key ^= keys[rank][pawnSet >> (8 * rank) & 0xFF];
     }
     return key;
 }
 
-// Deliberate: the key does not tell whose view it is. Black's view of a placement has the key of White's view of the
+// Deliberate: 32 bits count, with their sign.
+static u64 signExtended(u64 key) {
+    return static_cast<u64>(static_cast<i64>(static_cast<i32>(static_cast<u32>(key))));
+}
+
+// Deliberate: a key does not tell whose view it is. Black's view of a placement has the key of White's view of the
 // mirrored placement, and a match is trusted.
-u64 pawnHashKey(TBB ownPawns, TBB enemyPawns, bool black) {
-    const u32 key = armyKey(ownPawns, pawnKeys[black ? 0 : 1]) ^ armyKey(enemyPawns, pawnKeys[black ? 1 : 0]);
-    return static_cast<u64>(static_cast<i64>(static_cast<i32>(key)));  // deliberate: 32 bits, with their sign
+PawnHashKeys pawnHashKeys(TBB ownPawns, TBB enemyPawns, bool black) {
+    const u64 both =
+        armyKeys(ownPawns, pawnKeys[black ? 0 : 1]) ^ armyKeys(enemyPawns, pawnKeys[black ? 1 : 0]);
+    return {signExtended(both), signExtended(both >> 32)};
 }
 
 static u64 keyAtBoard() {
     const TBB allPawns = pawns(*board);
-    return pawnHashKey(allPawns & board->side, allPawns & ~board->side, blackToMove(*board));
+    return pawnHashKeys(allPawns & board->side, allPawns & ~board->side, blackToMove(*board)).own;
 }
 
 // ---- records --------------------------------------------------------------------------------------------------

@@ -47,6 +47,10 @@ inline Pass passOf(const char* fen) {
     return gatherSets(*board);
 }
 
+inline u64 ownKey(const Pass& pass) {
+    return pawnHashKeys(pass.ownPawns, pass.enemyPawns, pass.black).own;
+}
+
 /// Both sides' passes of `fen` after all their own terms: attacks are filled.
 struct BothPasses {
     Pass own;
@@ -56,7 +60,7 @@ struct BothPasses {
 };
 
 inline i32 runTerms(Pass& pass) {
-    i32 score = pawnTerms(pass);
+    i32 score = pawnTerms(pass, ownKey(pass));
     score += pawnEndingTerm(pass) + passedPawnKingTerms(pass);
     score += knightTerms(pass) + bishopTerms(pass);
     score += rookTerms(pass) + queenTerms(pass);

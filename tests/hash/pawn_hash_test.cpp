@@ -16,6 +16,10 @@ static std::string allocate(i32 megabytes, u64 entries) {
     return testing::internal::GetCapturedStdout();
 }
 
+static u64 ownKey(TBB ownPawns, TBB enemyPawns, bool black) {
+    return pawnHashKeys(ownPawns, enemyPawns, black).own;
+}
+
 static void setUp(const char* fen) {
     newGame();
     ASSERT_EQ(fenToBoard(fen), 1) << fen;
@@ -59,8 +63,10 @@ TEST(PawnHashKey, IsTheXorOfOneNumberAPawnCutTo32BitsWithSign) {
         const TBB own = i % 3 == 0 ? random() : random() & random() & random();
         const TBB enemy = random() & random() & ~own;
         for (const bool black : {false, true}) {
-            const u64 key = pawnHashKey(own, enemy, black);
+            const u64 key = ownKey(own, enemy, black);
             ASSERT_EQ(key, keyByPawns(own, enemy, black));
+            ASSERT_EQ(pawnHashKeys(own, enemy, black).other,
+                      keyByPawns(byteSwap(enemy), byteSwap(own), !black));
             sawNegative = sawNegative || key > 0xFFFFFFFF;
         }
     }
@@ -70,9 +76,9 @@ TEST(PawnHashKey, IsTheXorOfOneNumberAPawnCutTo32BitsWithSign) {
 TEST(PawnHashKey, OfSinglePawns) {
     // White's a2 with White to move is entry 64 + 8 of the numbers, with Black to move a7 of the frame: 64 + 48.
     const auto cut = [](u64 number) { return static_cast<u64>(static_cast<i64>(static_cast<i32>(number))); };
-    EXPECT_EQ(pawnHashKey(TBB{1} << 8, 0, false), cut(Random64[72]));
-    EXPECT_EQ(pawnHashKey(0, TBB{1} << 48, true), cut(Random64[112]));
-    EXPECT_EQ(pawnHashKey(TBB{1} << 8, 0, true), cut(Random64[8]));
+    EXPECT_EQ(ownKey(TBB{1} << 8, 0, false), cut(Random64[72]));
+    EXPECT_EQ(ownKey(0, TBB{1} << 48, true), cut(Random64[112]));
+    EXPECT_EQ(ownKey(TBB{1} << 8, 0, true), cut(Random64[8]));
 }
 
 TEST(PawnHashKey, TellsViewsAndColoursApart) {
@@ -86,7 +92,7 @@ TEST(PawnHashKey, TellsViewsAndColoursApart) {
 TEST(PawnHashKey, BlacksViewSharesTheKeyOfWhitesViewOfTheMirroredPlacement) {
     const TBB own = 0x1234500;
     const TBB enemy = 0x00D0A00000000000;
-    EXPECT_EQ(pawnHashKey(own, enemy, false), pawnHashKey(enemy, own, true));
+    EXPECT_EQ(ownKey(own, enemy, false), ownKey(enemy, own, true));
 }
 
 TEST(PawnHash, GivesBackWhatWasStored) {
