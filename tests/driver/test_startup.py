@@ -74,7 +74,7 @@ class DefaultsWithoutAConfiguration(unittest.TestCase):
                              "Allocated 4096 MB for the Hash Table\n"
                              "Hash Record allocated: 268435456\n"
                              "Allocated 256 MB for the Pawn Hash Table\n"
-                             "Tablebases found: 0\n" + WELCOME)
+                             "Found 0 tablebases.\n" + WELCOME)
             self.assertEqual(engine.quit(), 0)
 
 
