@@ -1,12 +1,13 @@
 // The transposition table: one flat array, one record an index, no buckets and no ages. Emptying it at each think would
 // cost a pass over gigabytes, so a stored record carries the number of its generation in bits that a move never has,
-// and one of another generation reads as an empty slot.
+// and one of another generation reads as an empty slot. Memory is taken from the system only where a record is stored.
 #include "board/board.h"
 #include "hash/hash.h"
 #include "platform/platform.h"
 #include "platform/print.h"
 
 #include <algorithm>
+#include <cstring>
 
 // The bits of a move that can be set; the eleven others hold the generation.
 constexpr Mossa moveBits = makeMossa(63, 63, 63, 7);
@@ -21,13 +22,24 @@ constexpr Mossa generationAfter(Mossa generation) {
 }
 constexpr Mossa firstGeneration = generationAfter(0);
 
+// Records of one page, by which it is noted where this generation has written. Slots of other pages are empty: they
+// need not be looked at, which spares the first searches in a large table most of their page faults.
+constexpr u64 pageRecords = 4096 / sizeof(ys_hash);
+constexpr u64 pagesPerWord = 64;
+
+// Tables up to this size are soon touched everywhere: there large pages save address look-ups. In a larger one each of
+// them would cost a search of a second far more than it gives.
+constexpr std::size_t largePagesUpTo = std::size_t{64} << 20;
+
 // Pages are given back in stretches of this size, a multiple of every page size.
 constexpr u64 stretchBytes = 65536;
 
 // What the table is while there is none: it works, and holds the last position stored.
 static constinit ys_hash soleRecord{};
+static constinit u64 solePage = 0;
 
 static constinit ys_hash* hashTable = &soleRecord;
+static constinit u64* writtenPages = &solePage;       // a bit for each page of `hashTable`
 static constinit u64 heldEntries = 1;                 // records that `hashTable` has
 static constinit u64 hashEntries = 1;                 // records in use, not more than those held
 static constinit u64 reciprocal = ~u64{0};            // (2^64 - 1) / hashEntries
@@ -41,31 +53,57 @@ static void useEntries(u64 entries) {
     reciprocal = ~u64{0} / hashEntries;
 }
 
-static void holdTable(ys_hash* table, u64 entries) {
+static void holdTable(ys_hash* table, u64* pages, u64 entries) {
     hashTable = table;
+    writtenPages = pages;
     heldEntries = entries;
     useEntries(entries);
 }
 
+static std::size_t tableBytes() {
+    return heldEntries * sizeof(ys_hash);
+}
+
+static std::size_t pageWordBytes(u64 entries) {
+    return (entries / (pageRecords * pagesPerWord) + 1) * sizeof(u64);
+}
+
 static void freeTable() {
     if (hashTable != &soleRecord) {
-        freePages(hashTable, heldEntries * sizeof(ys_hash));
+        freePages(hashTable, tableBytes());
+        freePages(writtenPages, pageWordBytes(heldEntries));
     }
     soleRecord = {};
-    holdTable(&soleRecord, 1);
+    solePage = 0;
+    holdTable(&soleRecord, &solePage, 1);
+}
+
+// True if both the table and its page bits could be had.
+static bool allocateTable(u64 entries) {
+    constexpr u64 entriesMax = SIZE_MAX / sizeof(ys_hash);
+    if (entries > entriesMax) {
+        return false;
+    }
+    const std::size_t bytes = entries * sizeof(ys_hash);
+    void* table = allocatePages(bytes, bytes <= largePagesUpTo);
+    if (table == nullptr) {
+        return false;
+    }
+    void* pages = allocatePages(pageWordBytes(entries), false);
+    if (pages == nullptr) {
+        freePages(table, bytes);
+        return false;
+    }
+    holdTable(static_cast<ys_hash*>(table), static_cast<u64*>(pages), entries);
+    return true;
 }
 
 void hashAlloc(u64 entries, i32 megabytes) {
-    constexpr u64 entriesMax = SIZE_MAX / sizeof(ys_hash);
     freeTable();
     // A table without records is no failure; the sole record serves it.
-    if (entries != 0) {
-        void* memory = entries <= entriesMax ? allocatePages(entries * sizeof(ys_hash), true) : nullptr;
-        if (memory == nullptr) {
-            print("Hash Table Memory Allocation Failed!\n");
-            return;
-        }
-        holdTable(static_cast<ys_hash*>(memory), entries);
+    if (entries != 0 && !allocateTable(entries)) {
+        print("Hash Table Memory Allocation Failed!\n");
+        return;
     }
     print("Allocated %i MB for the Hash Table\n", megabytes);
     print("Hash Record allocated: %lld\n", static_cast<long long>(entries));
@@ -79,12 +117,18 @@ static void zeroStretchesOfGeneration() {
         soleRecord = {};
         return;
     }
-    const u64 bytes = heldEntries * sizeof(ys_hash);
+    const u64 bytes = tableBytes();
     const u64 stretches = (bytes + stretchBytes - 1) / stretchBytes;
     const u64 first = stretches * (generationNumber - 1) / (generations - 1) * stretchBytes;
     const u64 last = std::min(stretches * generationNumber / (generations - 1) * stretchBytes, bytes);
-    if (first < last) {
-        zeroPages(reinterpret_cast<u8*>(hashTable) + first, last - first);
+    if (first >= last) {
+        return;
+    }
+    u8* const start = reinterpret_cast<u8*>(hashTable) + first;
+    if (bytes <= largePagesUpTo) {
+        std::memset(start, 0, last - first);  // giving it back would break up a large page
+    } else {
+        zeroPages(start, last - first);
     }
 }
 
@@ -93,6 +137,7 @@ void hashClear(u64 entries) {
     generation = generationAfter(generation);
     generationNumber = generation == firstGeneration ? 1 : generationNumber + 1;
     zeroStretchesOfGeneration();
+    std::fill_n(writtenPages, pageWordBytes(heldEntries) / sizeof(u64), u64{0});
 }
 
 // ---- records --------------------------------------------------------------------------------------------------
@@ -110,8 +155,21 @@ static bool isCurrent(const ys_hash& stored) {
     return (stored.move & generationBits) == generation;
 }
 
+static bool pageIsWritten(u64 index) {
+    const u64 page = index / pageRecords;
+    return (writtenPages[page / pagesPerWord] >> (page % pagesPerWord) & 1) != 0;
+}
+
+static void notePage(u64 index) {
+    const u64 page = index / pageRecords;
+    writtenPages[page / pagesPerWord] |= u64{1} << (page % pagesPerWord);
+}
+
 // The slot as it is meant: empty if its record is of another generation.
 static ys_hash readSlot(u64 index) {
+    if (!pageIsWritten(index)) {
+        return {};
+    }
     ys_hash slot = hashTable[index];
     if (!isCurrent(slot)) {
         return {};
@@ -121,7 +179,10 @@ static ys_hash readSlot(u64 index) {
 }
 
 void hashPrefetch(u64 key) {
-    __builtin_prefetch(&hashTable[slotIndex(key)]);
+    const u64 index = slotIndex(key);
+    if (pageIsWritten(index)) {
+        __builtin_prefetch(&hashTable[index]);
+    }
 }
 
 i32 hashProbe(ys_hash& slotCopy, i32 depth, i32 alpha, i32 beta) {
@@ -153,6 +214,7 @@ void hashStore(i32 depth, i32 value, HashBound bound, Mossa move) {
         return;
     }
     const Mossa kept = move == 0 && slot.key == board->hashKey ? slot.move : move;
+    notePage(index);
     hashTable[index] = {board->hashKey, static_cast<u8>(depth), bound, wrap16(value),
                         (kept & moveBits) | generation};
 }
@@ -165,7 +227,7 @@ Mossa hashExactMove() {
 u64 hashFilled() {
     u64 filled = 0;
     for (u64 i = 0; i < heldEntries; ++i) {
-        filled += isCurrent(hashTable[i]) && hashTable[i].key != 0 ? 1 : 0;
+        filled += readSlot(i).key != 0 ? 1 : 0;
     }
     return filled;
 }
