@@ -68,15 +68,15 @@ Pass gatherSets(const Scacchiera& view) {
     return pass;
 }
 
-// The terms that need nothing of the other side's pass.
-static i32 ownTerms(Pass& pass, u64 pawnKey) {
-    i32 score = pawnTerms(pass, pawnKey);
+// The terms that need nothing of the other side's pass. Those that wait for the pawn hash come last.
+static i32 ownTerms(Pass& pass, const PawnPlace& place) {
+    i32 score = knightTerms(pass);
+    score += bishopTerms(pass);
+    score += queenTerms(pass);
+    score += pawnTerms(pass, place);
     score += pawnEndingTerm(pass);
     score += passedPawnKingTerms(pass);
-    score += knightTerms(pass);
-    score += bishopTerms(pass);
     score += rookTerms(pass);
-    score += queenTerms(pass);
     return score;
 }
 
@@ -90,6 +90,21 @@ static bool attacksCount(const Scacchiera& b) {
     return queens(b) != 0 && (rooks(b) | bishops(b) | knights(b)) != 0;
 }
 
+struct PawnPlaces {
+    PawnPlace own;
+    PawnPlace other;
+};
+
+// Also fetches the slots, which are far away in memory and needed late.
+static PawnPlaces findPawnPlaces(const Scacchiera& b) {
+    const TBB allPawns = pawns(b);
+    const PawnHashKeys keys = pawnHashKeys(allPawns & b.side, allPawns & ~b.side, blackToMove(b));
+    const PawnPlaces places = {{keys.own, &pawnHashSlot(keys.own)}, {keys.other, &pawnHashSlot(keys.other)}};
+    __builtin_prefetch(places.own.slot);
+    __builtin_prefetch(places.other.slot);
+    return places;
+}
+
 i16 evaluate() {
     if (sufficientMaterial() == 0) {
         return 0;
@@ -97,14 +112,14 @@ i16 evaluate() {
     if (evalMaterialOnly) {
         return board->psqScore;
     }
+    const PawnPlaces places = findPawnPlaces(*board);
     Scacchiera otherView = *board;
     flipBoard(otherView);
     Pass own = gatherSets(*board);
     Pass other = gatherSets(otherView);
-    const PawnHashKeys keys = pawnHashKeys(own.ownPawns, own.enemyPawns, own.black);
     i32 score = board->psqScore;
-    score += ownTerms(own, keys.own);  // first: the pawn hash shows the order
-    score -= ownTerms(other, keys.other);
+    score += ownTerms(own, places.own);  // first: the pawn hash shows the order
+    score -= ownTerms(other, places.other);
     if (attacksCount(*board)) {
         score += attackTerms(own, other) - attackTerms(other, own);
     }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "board/board.h"
+#include "hash/hash.h"
 #include "platform/bits.h"
 
 #include <array>
@@ -84,9 +85,13 @@ struct PawnStructure {
 };
 [[nodiscard]] PawnStructure pawnStructure(TBB ownPawns, TBB enemyPawns);
 
+/// Where the pawn hash keeps the structure of a pass.
+struct PawnPlace {
+    u64 key;  // the pass's own key of pawnHashKeys
+    hashPawn* slot;
+};
 /// Term Pawn: structure, by way of the pawn hash. Sets passedPawns and healthyPawns.
-/// pawnKey  the pass's own key of pawnHashKeys.
-[[nodiscard]] i32 pawnTerms(Pass& pass, u64 pawnKey);
+[[nodiscard]] i32 pawnTerms(Pass& pass, const PawnPlace& place);
 /// Bonus for sound pawns where there is nothing else.
 [[nodiscard]] i32 pawnEndingTerm(const Pass& pass);
 /// With few men: own king near a passed pawn, enemy king far from it. After pawnTerms.

@@ -66,11 +66,11 @@ PawnStructure pawnStructure(TBB ownPawns, TBB enemyPawns) {
     return {wrap16(score), passed, static_cast<u8>(healthy)};
 }
 
-i32 pawnTerms(Pass& pass, u64 pawnKey) {
-    hashPawn& slot = pawnHashSlot(pawnKey);
-    if (slot.pawnKey != pawnKey) {
+i32 pawnTerms(Pass& pass, const PawnPlace& place) {
+    hashPawn& slot = *place.slot;
+    if (slot.pawnKey != place.key) {
         const PawnStructure structure = pawnStructure(pass.ownPawns, pass.enemyPawns);
-        slot.pawnKey = pawnKey;
+        slot.pawnKey = place.key;
         slot.passedPawns = structure.passedPawns;
         slot.pawnScore = structure.pawnScore;
         slot.healthyPawns = structure.healthyPawns;

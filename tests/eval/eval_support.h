@@ -47,8 +47,9 @@ inline Pass passOf(const char* fen) {
     return gatherSets(*board);
 }
 
-inline u64 ownKey(const Pass& pass) {
-    return pawnHashKeys(pass.ownPawns, pass.enemyPawns, pass.black).own;
+inline PawnPlace ownPlace(const Pass& pass) {
+    const u64 key = pawnHashKeys(pass.ownPawns, pass.enemyPawns, pass.black).own;
+    return {key, &pawnHashSlot(key)};
 }
 
 /// Both sides' passes of `fen` after all their own terms: attacks are filled.
@@ -60,7 +61,7 @@ struct BothPasses {
 };
 
 inline i32 runTerms(Pass& pass) {
-    i32 score = pawnTerms(pass, ownKey(pass));
+    i32 score = pawnTerms(pass, ownPlace(pass));
     score += pawnEndingTerm(pass) + passedPawnKingTerms(pass);
     score += knightTerms(pass) + bishopTerms(pass);
     score += rookTerms(pass) + queenTerms(pass);

@@ -77,12 +77,12 @@ TEST(PawnTerms, BlacksViewMeetsWhitesViewOfTheMirroredPlacement) {
     flipBoard(view);
     Pass own = gatherSets(*board);
     Pass other = gatherSets(view);
-    const i32 ownScore = pawnTerms(own, ownKey(own));
+    const i32 ownScore = pawnTerms(own, ownPlace(own));
     EXPECT_NE(ownScore, 0);
-    EXPECT_EQ(pawnTerms(other, ownKey(other)), ownScore);
+    EXPECT_EQ(pawnTerms(other, ownPlace(other)), ownScore);
     EXPECT_EQ(other.passedPawns, squares("e4", "e5"));
     pawnHashClear();
-    EXPECT_EQ(pawnTerms(other, ownKey(other)), 0);
+    EXPECT_EQ(pawnTerms(other, ownPlace(other)), 0);
 }
 
 struct TermCase {
@@ -106,7 +106,7 @@ constexpr TermCase endingCases[] = {
 TEST(PawnEnding, RewardsHealthyPawnsWhereThereIsNothingElse) {
     for (const TermCase& c : endingCases) {
         Pass pass = passOf(c.fen);
-        (void)pawnTerms(pass, ownKey(pass));
+        (void)pawnTerms(pass, ownPlace(pass));
         EXPECT_EQ(pawnEndingTerm(pass), c.score) << c.name;
     }
 }
@@ -140,7 +140,7 @@ constexpr TermCase kingCases[] = {
 TEST(PassedPawns, TheKingsDistanceCountsWithFewMen) {
     for (const TermCase& c : kingCases) {
         Pass pass = passOf(c.fen);
-        (void)pawnTerms(pass, ownKey(pass));
+        (void)pawnTerms(pass, ownPlace(pass));
         EXPECT_EQ(passedPawnKingTerms(pass), c.score) << c.name;
     }
 }

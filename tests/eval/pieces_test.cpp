@@ -142,7 +142,7 @@ constexpr TermCase rookCases[] = {
 TEST(RookTerms, AreAsWorkedByHand) {
     for (const TermCase& c : rookCases) {
         Pass pass = passOf(c.fen);
-        (void)pawnTerms(pass, ownKey(pass));
+        (void)pawnTerms(pass, ownPlace(pass));
         EXPECT_EQ(rookTerms(pass), c.score) << c.name;
     }
 }
