@@ -28,14 +28,9 @@ static i32 kingSquare(TBB kingsOfSide) {
     return std::countr_zero(kingsOfSide);
 }
 
-// The squares around the king of `enemyKings` where its king safety asks for the kinds of attacker.
-static TBB kingZone(TBB enemyKings) {
+static TBB kingZoneOf(TBB enemyKings) {
     const TBB inItsFrame = byteSwap(enemyKings);
-    if (inItsFrame == 0) {
-        return 0;
-    }
-    const u32 square = static_cast<u32>(lowestBit(inItsFrame));
-    return byteSwap(kingZoneSides[square] | kingZoneFront1[square] | kingZoneFront2[square]);
+    return inItsFrame == 0 ? 0 : byteSwap(kingZone[static_cast<u32>(lowestBit(inItsFrame))]);
 }
 
 Pass gatherSets(const Scacchiera& view) {
@@ -57,7 +52,7 @@ Pass gatherSets(const Scacchiera& view) {
     pass.outposts = outpostSquares & ~enemyPawnSpan(enemyPawns) & ownPawnSpan(ownPawns);
     pass.ownKing = kingSquare(kings(view) & own);
     pass.enemyKing = kingSquare(kings(view) & ~own);
-    pass.enemyKingZone = kingZone(kings(view) & ~own);
+    pass.enemyKingZone = kingZoneOf(kings(view) & ~own);
     pass.men = popCount(occ);
     pass.pawnCountIndex = static_cast<u32>(std::min(popCount(ownPawns), 8));
     pass.anyQueen = queens(view) != 0;

@@ -86,9 +86,9 @@ i32 kingSafetyTerm(const Pass& pass, const Pass& enemy) {
         return 0;
     }
     const u32 king = static_cast<u32>(pass.ownKing);
-    const TBB squaresAround = kingZoneSides[king] | kingZoneFront1[king];
+    const TBB squaresAround = KingAttacks[king];
     const i32 units = startUnits(enemy, king) + attackedSquareUnits(pass, enemy, squaresAround);
-    const u32 kinds = attackerKinds(pass, enemy, squaresAround | kingZoneFront2[king]);
+    const u32 kinds = attackerKinds(pass, enemy, kingZone[king]);
     const i32 danger = kingDangerTable[static_cast<u32>(attackerPattern[kinds] + units)];
     if (danger > alarmingDanger) {
         EngineOptions.kingDanger = 1;

@@ -124,3 +124,9 @@ inline constexpr SquareTable kingZoneSides = geometry::bySquare([](i32 s) {
     using geometry::step;
     return step(s, -1, 0) | step(s, 1, 0) | step(s, -1, -1) | step(s, 0, -1) | step(s, 1, -1);
 });
+
+/// All of these: where the kinds of attacker count for a king's safety.
+inline constexpr SquareTable kingZone = geometry::bySquare([](i32 s) {
+    const auto square = static_cast<u32>(s);
+    return kingZoneFront1[square] | kingZoneFront2[square] | kingZoneSides[square];
+});
