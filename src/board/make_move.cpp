@@ -59,7 +59,8 @@ void makeMove(Mossa move) {
         copyRecord(move, true);
         return;
     }
-    node::writeRecord<MakeDepth::full>(nodeMoves(), node::placementAfter(*board, move), move);
+    node::writeRecord<MakeDepth::full>(nodeMoves(), node::placementAfter(*board, partsOf(move)),
+                                       partsOf(move));
 }
 
 void makeMoveLight(Mossa move) {
@@ -69,7 +70,8 @@ void makeMoveLight(Mossa move) {
         copyRecord(move, false);
         return;
     }
-    node::writeRecord<MakeDepth::light>(NodeMoves{}, node::placementAfter(*board, move), move);
+    node::writeRecord<MakeDepth::light>(NodeMoves{}, node::placementAfter(*board, partsOf(move)),
+                                        partsOf(move));
 }
 
 void makeNullMove() {

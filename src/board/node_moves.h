@@ -23,6 +23,24 @@ struct NodeMoves {
     u64 keyBase;       // the key after a move, without its men and with rights unchanged
 };
 
+/// A move taken apart. Squares in the mover's frame.
+struct MoveParts {
+    i32 kind;
+    i32 from;
+    i32 to;
+    i32 promo;
+};
+
+[[nodiscard]] inline MoveParts partsOf(Mossa move) {
+    return {moveKind(move), moveFrom(move) & 63, moveTo(move) & 63, movePromo(move) & 7};
+}
+
+/// The same for a move known to be a man's plain move, without capture, promotion or castling: the compiler sees that
+/// `kind` is below 8 and leaves all other cases out.
+[[nodiscard]] inline MoveParts plainPartsOf(Mossa move) {
+    return {moveKind(move) & 7, moveFrom(move) & 63, moveTo(move) & 63, 0};
+}
+
 namespace node {
 
 constexpr TBB rank2 = 0x000000000000FF00ULL;
@@ -49,11 +67,11 @@ inline constexpr std::array<u8, 64> cornerRights = [] {
            kingTermOf(men - 1, enemyKing);
 }
 
-// The men after `move`, in the mover's frame. A `kind` that is no move gives nonsense, but touches no memory.
-[[nodiscard]] inline Placement placementAfter(const Scacchiera& b, Mossa move) {
-    const i32 kind = moveKind(move);
-    const TBB from = TBB{1} << (moveFrom(move) & 63);
-    const TBB to = TBB{1} << (moveTo(move) & 63);
+// The men after a move, in the mover's frame. A `kind` that is no move gives nonsense, but touches no memory.
+[[nodiscard]] inline Placement placementAfter(const Scacchiera& b, const MoveParts& move) {
+    const i32 kind = move.kind;
+    const TBB from = TBB{1} << move.from;
+    const TBB to = TBB{1} << move.to;
     const TBB fromTo = from | to;
     Placement p{b.side ^ fromTo, b.pbq, b.nbk, b.rqk};
     switch (kind >> 3) {
@@ -83,7 +101,7 @@ inline constexpr std::array<u8, 64> cornerRights = [] {
                 p.rqk ^= fromTo | 0xA0;
                 break;
             }
-            const i32 promo = movePromo(move);
+            const i32 promo = move.promo;
             p.pbq = ((p.pbq & ~to) ^ from) | (to & (TBB{0} - (promo & 1)));
             p.nbk = (p.nbk & ~to) | (to & (TBB{0} - (promo >> 1 & 1)));
             p.rqk = (p.rqk & ~to) | (to & (TBB{0} - (promo >> 2 & 1)));
@@ -154,10 +172,9 @@ inline constexpr std::array<u8, 64> cornerRights = [] {
 }
 
 // What psqScore gains for the mover. `moved` and `captured` are piece codes.
-[[nodiscard]] inline i32 scoreOfMove(const NodeMoves& n, const Placement& after, Mossa move, i32 captured) {
-    const i32 kind = moveKind(move);
-    const i32 from = moveFrom(move);
-    const i32 to = moveTo(move);
+[[nodiscard]] inline i32 scoreOfMove(const NodeMoves& n, const Placement& after, const MoveParts& move,
+                                     i32 captured) {
+    const auto [kind, from, to, promo] = move;
     const i32 moved = kind & 7;
     const auto& kingRow = kingTerms[n.men];
     if (kind < 8) {
@@ -172,8 +189,7 @@ inline constexpr std::array<u8, 64> cornerRights = [] {
             return kingRow[2] - kingRow[4] + 2 * (psqTable[ROOK][3] - psqTable[ROOK][0]);
         case PROMO:
         case PROMO_CAPT:
-            gain = pieceValue[movePromo(move) & 7] + psqTable[movePromo(move) & 7][to] -
-                   psqTable[PAWN][from] - 100;
+            gain = pieceValue[promo] + psqTable[promo][to] - psqTable[PAWN][from] - 100;
             break;
         case EN_PASSANT:
             return psqTable[PAWN][to] - psqTable[PAWN][from] + 100 + psqTable[PAWN][(to - 8) ^ 56] +
@@ -201,11 +217,9 @@ inline constexpr std::array<u8, 64> cornerRights = [] {
 }
 
 // What the key gains by the men of the move.
-[[nodiscard]] inline u64 keyOfMove(Mossa move, i32 moved, i32 captured, i32 moverRow) {
-    const i32 kind = moveKind(move);
-    const i32 from = moveFrom(move);
-    const i32 to = moveTo(move);
-    const i32 promo = movePromo(move) & 7;
+[[nodiscard]] inline u64 keyOfMove(const MoveParts& move, i32 captured, i32 moverRow) {
+    const auto [kind, from, to, promo] = move;
+    const i32 moved = kind & 7;
     const i32 enemyRow = moverRow ^ 8;
     const auto& own = zobrist.piece;
     u64 key = own[moverRow + moved][from] ^ own[moverRow + (promo != 0 ? promo : moved)][to];
@@ -225,10 +239,10 @@ inline constexpr std::array<u8, 64> cornerRights = [] {
 }
 
 // Key of the position after the move, which leaves `rights` and sets `epFile`.
-[[nodiscard]] inline u64 keyAfter(const NodeMoves& n, Mossa move, i32 captured, u8 rights, u8 epFile) {
+[[nodiscard]] inline u64 keyAfter(const NodeMoves& n, const MoveParts& move, i32 captured, u8 rights,
+                                  u8 epFile) {
     const Scacchiera& old = *board;
-    const u64 key = n.keyBase ^ keyOfMove(move, moveKind(move) & 7, captured, blackToMove(old) ? 0 : 8) ^
-                    zobrist.ep[epFile];
+    const u64 key = n.keyBase ^ keyOfMove(move, captured, blackToMove(old) ? 0 : 8) ^ zobrist.ep[epFile];
     return rights == old.castleRights
                ? key
                : key ^ zobrist.castle[swapRights(old.castleRights)] ^ zobrist.castle[swapRights(rights)];
@@ -240,12 +254,12 @@ inline constexpr std::array<u8, 64> cornerRights = [] {
 
 // Writes the record of `move` above the current one, flipped, and steps `board` up. `after` is placementAfter.
 template <MakeDepth How>
-inline void writeRecord(const NodeMoves& n, const Placement& after, Mossa move) {
+[[gnu::always_inline]] inline void writeRecord(const NodeMoves& n, const Placement& after, const MoveParts& move) {
     const Scacchiera& old = *board;
     Scacchiera& next = board[1];
-    const i32 kind = moveKind(move);
-    const i32 from = moveFrom(move);
-    const i32 to = moveTo(move);
+    const i32 kind = move.kind;
+    const i32 from = move.from;
+    const i32 to = move.to;
 
     const TBB occ = after.pbq | after.nbk | after.rqk;
     next.side = byteSwap(occ ^ after.side);
@@ -311,28 +325,38 @@ inline void writeRecord(const NodeMoves& n, const Placement& after, Mossa move) 
 }
 
 /// Key of the position after `move`, without making it.
-[[nodiscard]] inline u64 keyAfter(const NodeMoves& n, Mossa move) {
-    const i32 kind = moveKind(move);
-    const i32 from = moveFrom(move);
-    const i32 to = moveTo(move);
+[[nodiscard]] inline u64 keyAfter(const NodeMoves& n, Mossa m) {
+    const MoveParts move = partsOf(m);
+    const auto [kind, from, to, promo] = move;
     const i32 captured = (kind & 8) != 0 ? pieceCode(*board, to) : 0;
     const u8 epFile = node::isDoublePush(kind, from, to) ? static_cast<u8>(to & 7) : noEpFile;
     return node::keyAfter(n, move, captured, node::rightsAfter(board->castleRights, kind, from, to), epFile);
 }
 
-/// Plays `move`, one of the seventeen kinds and pseudo-legal in the position of `n` at `board`, if it leaves no own
+/// Plays a move, one of the seventeen kinds and pseudo-legal in the position of `n` at `board`, if it leaves no own
 /// king attacked: then `board` is one record up, and the result is true. Otherwise false, and `board` stays. Either
 /// way one is added to SearchInfo.nodes: the same as makeMove, leftInCheck, and the step back.
 template <MakeDepth How = MakeDepth::full>
-[[nodiscard]] inline bool tryMove(const NodeMoves& n, Mossa move) {
+[[nodiscard, gnu::always_inline]] inline bool tryMove(const NodeMoves& n, const MoveParts& move) {
     ++SearchInfo.nodes;
-    const i32 kind = moveKind(move);
     const Placement after = node::placementAfter(*board, move);
     // Only these can expose the king: it moves itself, a pinned man leaves, two pawns leave a rank at once.
-    if (((n.mustTest >> moveFrom(move) & 1) != 0 || (kind & 7) == KING || kind == EN_PASSANT) &&
-        node::kingIsAttacked(after)) {
+    const bool mayExpose =
+        (n.mustTest >> move.from & 1) != 0 || (move.kind & 7) == KING || move.kind == EN_PASSANT;
+    if (mayExpose && node::kingIsAttacked(after)) {
         return false;
     }
     node::writeRecord<How>(n, after, move);
     return true;
+}
+
+/// tryMove for moves of a QuietList.
+template <MakeDepth How = MakeDepth::full>
+[[nodiscard, gnu::always_inline]] inline bool tryQuiet(const NodeMoves& n, Mossa move) {
+    return moveKind(move) <= MOVE_KING ? tryMove<How>(n, plainPartsOf(move)) : tryMove<How>(n, partsOf(move));
+}
+
+template <MakeDepth How = MakeDepth::full>
+[[nodiscard]] inline bool tryMove(const NodeMoves& n, Mossa move) {
+    return tryMove<How>(n, partsOf(move));
 }

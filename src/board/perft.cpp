@@ -21,11 +21,8 @@ static constexpr std::array<BenchmarkRecord, 6> benchmark = {{
     {"r4rk1/1pp1qppp/p1np1n2/2b1p1B1/2B1P1b1/P1NP1N2/1PP1QPPP/R4RK1 w - - 0 10", 5, 164075551},
 }};
 
-// Leaves behind `move`; nothing if it is illegal.
-static u64 leavesBehind(const NodeMoves& shared, Mossa move, i32 depth) {
-    if (!tryMove(shared, move)) {
-        return 0;
-    }
+// Leaves behind the move just made; takes it back.
+static u64 leavesAbove(i32 depth) {
     const u64 leaves = depth == 1 ? 1 : perft(depth - 1);
     --board;
     return leaves;
@@ -38,12 +35,12 @@ u64 perft(i32 depth) {
     MoveList captures;
     genCaptures(captures);
     for (; captures.count != 0; --captures.count) {
-        total += leavesBehind(shared, pickBest(captures), depth);
+        total += tryMove(shared, pickBest(captures)) ? leavesAbove(depth) : 0;
     }
     QuietList quiets;
     genQuiets(quiets);
     for (i32 i = quiets.count - 1; i >= 0; --i) {
-        total += leavesBehind(shared, quiets.entries[i], depth);
+        total += tryQuiet(shared, quiets.entries[i]) ? leavesAbove(depth) : 0;
     }
     if (total != 0) {
         return total;

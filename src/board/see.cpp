@@ -73,7 +73,7 @@ i32 see(Mossa move) {
     }
     ++SearchInfo.nodes;  // the trial of the move counts
     const i32 target = moveTo(move);
-    const Placement p = node::placementAfter(b, move);
+    const Placement p = node::placementAfter(b, partsOf(move));
     const Scacchiera after{p.side, p.pbq, p.nbk, p.rqk, 0, 0, 0, 0, 0, 0, 0};
     const ExchangeSets sets{pawns(after), knights(after), bishops(after),
                             rooks(after), queens(after),  kings(after)};
