@@ -28,6 +28,7 @@ static i32 kingSquare(TBB kingsOfSide) {
     return std::countr_zero(kingsOfSide);
 }
 
+// In the own frame; the enemy's king safety sees the same squares in his.
 static TBB kingZoneOf(TBB enemyKings) {
     const TBB inItsFrame = byteSwap(enemyKings);
     return inItsFrame == 0 ? 0 : byteSwap(kingZone[static_cast<u32>(lowestBit(inItsFrame))]);

@@ -18,7 +18,7 @@ static i32 stepsMeeting(TBB men, TBB targets) {
 constexpr i32 lowMobility = 10;  // centipawns off for a piece with few squares
 constexpr i32 outpost = 15;      // centipawns; deliberate: rooks have it too
 
-// Two own sides of a rule about a piece shut in: where it stands and which enemy pawns shut it in.
+// A piece shut in: where it stands, and the enemy pawns that do it.
 struct Trap {
     TBB square;
     TBB enemyPawns;  // any of these
