@@ -49,39 +49,92 @@ static BlockPlace placeAtIndexPoint(const streamData& d, u64 idx) {
     return BlockPlace{littleEndian32(entry), fromPoint + littleEndian16(entry + 4)};
 }
 
-// Finds the symbol in which the value lies; `value` becomes its number there. Returns symbolCount or more if the file
-// is damaged.
-static u32 findSymbol(const streamData& d, u32 block, i64& value) {
-    const u8* next = d.data + (u64{block} << d.blockSize);
-    u64 code = u64{bigEndian32(next, d.mapEnd)} << 32 | bigEndian32(next + 4, d.mapEnd);
-    next += 8;
-    i32 bitCount = 0;
+namespace {
+
+// The symbol at the head of a bit stream. Its number is symbolCount or more if the file is damaged.
+struct FirstCode {
+    u64 symbol;
+    i32 length;  // bits
+};
+
+// What is left of a block.
+struct BitStream {
+    u64 code;      // the next bits, from the highest down
+    i32 bitCount;  // bits used since the last refill, below 32
+    const u8* next;
+};
+
+}  // namespace
+
+static FirstCode readCode(const streamData& d, u64 code) {
+    i32 length = d.minCodeLength;
+    while (code < d.base[length]) {
+        ++length;
+    }
+    return FirstCode{d.offset[length] + ((code - d.base[length]) >> (64 - length)), length};
+}
+
+static StreamHead headOf(const streamData& d, u64 code) {
+    StreamHead head{};
     for (;;) {
-        i32 length = d.minCodeLength;
-        while (code < d.base[length]) {
-            ++length;
+        const FirstCode first = readCode(d, code);
+        if (head.length + first.length > headBits || first.symbol >= d.symbolCount) {
+            return head;
         }
-        const u64 symbol = d.offset[length] + ((code - d.base[length]) >> (64 - length));
-        if (symbol >= d.symbolCount) {
+        head.values = static_cast<u16>(head.values + d.symbolSpan[first.symbol] + 1);
+        head.length = static_cast<u8>(head.length + first.length);
+        code <<= first.length;
+    }
+}
+
+void fillStreamHeads(streamData& d) {
+    for (u32 bits = 0; bits < d.heads.size(); ++bits) {
+        d.heads[bits] = headOf(d, u64{bits} << (64 - headBits));
+    }
+}
+
+static BitStream startOfBlock(const streamData& d, u32 block) {
+    const u8* start = d.data + (u64{block} << d.blockSize);
+    const u64 code = u64{bigEndian32(start, d.mapEnd)} << 32 | bigEndian32(start + 4, d.mapEnd);
+    return BitStream{code, 0, start + 8};
+}
+
+static void skipBits(const streamData& d, BitStream& stream, i32 count) {
+    stream.code <<= count;
+    stream.bitCount += count;
+    if (stream.bitCount >= 32) {
+        stream.bitCount -= 32;
+        stream.code |= u64{bigEndian32(stream.next, d.mapEnd)} << stream.bitCount;
+        stream.next += 4;
+    }
+}
+
+// Finds the symbol in which the value lies; `value` becomes its number there. Returns symbolCount if the file is
+// damaged.
+static u32 findSymbol(const streamData& d, u32 block, i32& value) {
+    BitStream stream = startOfBlock(d, block);
+    for (;;) {
+        const StreamHead head = d.heads[stream.code >> (64 - headBits)];
+        if (head.length != 0 && value >= head.values) {
+            value -= head.values;
+            skipBits(d, stream, head.length);
+            continue;
+        }
+        const FirstCode first = readCode(d, stream.code);
+        if (first.symbol >= d.symbolCount) {
             return d.symbolCount;
         }
-        const i32 span = d.symbolSpan[symbol];
+        const i32 span = d.symbolSpan[first.symbol];
         if (value <= span) {
-            return static_cast<u32>(symbol);
+            return static_cast<u32>(first.symbol);
         }
         value -= span + 1;
-        code <<= length;
-        bitCount += length;
-        if (bitCount >= 32) {
-            bitCount -= 32;
-            code |= u64{bigEndian32(next, d.mapEnd)} << bitCount;
-            next += 4;
-        }
+        skipBits(d, stream, first.length);
     }
 }
 
 // Down the pairs to the leaf that holds the value. Spans are sums of those below, so this ends.
-static i32 leafValue(const streamData& d, u32 symbol, i64 value) {
+static i32 leafValue(const streamData& d, u32 symbol, i32 value) {
     while (d.symbolSpan[symbol] != 0) {
         const u8* pair = d.symbolPairs + 3 * symbol;
         const u32 left = pairLeft(pair);
@@ -104,6 +157,7 @@ i32 decodeStream(const streamData& d, u64 idx) {
     if (!findBlock(d, place)) {
         return damaged;
     }
-    const u32 symbol = findSymbol(d, place.block, place.value);
-    return symbol < d.symbolCount ? leafValue(d, symbol, place.value) : damaged;
+    i32 value = static_cast<i32>(place.value);
+    const u32 symbol = findSymbol(d, place.block, value);
+    return symbol < d.symbolCount ? leafValue(d, symbol, value) : damaged;
 }

@@ -26,6 +26,14 @@ struct TableMaterial {
     u8 pawns[2];             // pawns of the side whose pawns lead, and of the other
 };
 
+constexpr i32 headBits = 9;
+
+/// The symbols that end within the first headBits bits of a bit stream.
+struct StreamHead {
+    u16 values;  // of all of them
+    u8 length;   // bits of all of them; 0: not even the first ends there
+};
+
 /// One compressed stream. Refers into the mapping; the allocation ends with one span for each symbol.
 struct streamData {
     const u8* indexTable;
@@ -42,6 +50,7 @@ struct streamData {
     i32 minCodeLength;           // bits; the value itself when the stream is constant
     std::array<u64, 33> base;    // first code of each length, left-justified
     std::array<u16, 33> offset;  // its symbol
+    std::array<StreamHead, 1 << headBits> heads;  // by the first bits of what is left of a block
 };
 
 /// How one stream lays out its men.
@@ -181,6 +190,9 @@ void unloadTableWdl(tbEntry& entry);
 /// Maps and sets up the DTZ table into the first place of dtzCache, likewise.
 void loadTableDtz(const char* name, u64 key1, u64 key2);
 void unloadTableDtz(dtzCacheRecord& record);
+
+/// Fills `heads` from everything else.
+void fillStreamHeads(streamData& d);
 
 /// Value of a stream at `idx`, which is below its tbSize; -1 if the file is damaged.
 [[nodiscard]] i32 decodeStream(const streamData& d, u64 idx);

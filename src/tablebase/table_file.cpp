@@ -299,6 +299,7 @@ static streamData* readStreamHeader(FileReader& file, u64 tbSize, StreamSizes& s
         freeStream(stream);
         return nullptr;
     }
+    fillStreamHeads(*stream);
     sizes.indexTable = 6 * ((tbSize + (u64{1} << indexBits) - 1) >> indexBits);
     sizes.sizeTable = 2 * stream->sizeCount;
     sizes.data = u64{blockCount} << blockSize;

@@ -1,0 +1,48 @@
+// What the tests on table files share: where real tables lie, and probes of a FEN.
+#pragma once
+
+#include "board/board.h"
+#include "tablebase/tablebase.h"
+
+#include <gtest/gtest.h>
+#include <cstdlib>
+#include <string>
+
+namespace tables {
+
+/// A folder with all tables of three and four men, from TARVELMON_SYZYGY_PATH; empty if there is none.
+[[nodiscard]] inline std::string realFolder() {
+    const char* path = std::getenv("TARVELMON_SYZYGY_PATH");
+    return path == nullptr ? "" : path;
+}
+
+/// Registers the tables of a folder; what tbInit prints.
+inline std::string registerFolder(const std::string& folder) {
+    testing::internal::CaptureStdout();
+    tbInit(folder.c_str());
+    return testing::internal::GetCapturedStdout();
+}
+
+struct Values {
+    i32 wdl;
+    i32 dtz;
+    bool wdlKnown;
+    bool dtzKnown;
+};
+
+/// Sets up the position on an empty stack.
+inline void setUp(const std::string& fen) {
+    newGame();
+    ASSERT_EQ(fenToBoard(fen.c_str()), 1) << fen;
+}
+
+[[nodiscard]] inline Values probe(const std::string& fen) {
+    setUp(fen);
+    i32 wdlSuccess = 0;
+    const i32 wdl = probeWdl(wdlSuccess);
+    i32 dtzSuccess = 0;
+    const i32 dtz = probeDtz(dtzSuccess);
+    return Values{wdl, dtz, wdlSuccess != 0, dtzSuccess != 0};
+}
+
+}  // namespace tables
