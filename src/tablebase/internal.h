@@ -191,6 +191,11 @@ void unloadTableWdl(tbEntry& entry);
 void loadTableDtz(const char* name, u64 key1, u64 key2);
 void unloadTableDtz(dtzCacheRecord& record);
 
+/// Set up a table whose material and data are there. False if the data is damaged: what has been set up until then
+/// is for the unload functions.
+[[nodiscard]] bool setUpTableWdl(tbEntry& entry);
+[[nodiscard]] bool setUpTableDtz(dtzEntry& entry);
+
 /// Fills `heads` from everything else.
 void fillStreamHeads(streamData& d);
 

@@ -388,7 +388,7 @@ static bool readWdlOrders(FileReader& file, const TableMaterial& material, Table
     return !file.fault;
 }
 
-static bool setUpWdl(tbEntry& entry) {
+bool setUpTableWdl(tbEntry& entry) {
     FileReader file{entry.data.data, entry.data.size, 0, false};
     if (!magicFits(file, wdlMagic)) {
         return false;
@@ -426,7 +426,7 @@ void unloadTableWdl(tbEntry& entry) {
 
 i32 loadTableWdl(tbEntry& entry, const char* name) {
     entry.data = mapTable(tbPathWdl, name, "rtbw");
-    if (!setUpWdl(entry)) {
+    if (!setUpTableWdl(entry)) {
         print("Corrupted table.\n");
         unloadTableWdl(entry);
         return 0;
@@ -466,7 +466,7 @@ static void readValueMaps(FileReader& file, dtzEntry& entry, i32 groups) {
     alignTo(file, 2);
 }
 
-static bool setUpDtz(dtzEntry& entry) {
+bool setUpTableDtz(dtzEntry& entry) {
     FileReader file{entry.data.data, entry.data.size, 0, false};
     if (!magicFits(file, dtzMagic)) {
         return false;
@@ -509,7 +509,7 @@ void loadTableDtz(const char* name, u64 key1, u64 key2) {
     }
     record.entry->material = wdlEntry->material;
     record.entry->data = mapTable(tbPathDtz, name, "rtbz");
-    if (!setUpDtz(*record.entry)) {
+    if (!setUpTableDtz(*record.entry)) {
         print("Corrupted table.\n");
         unloadTableDtz(record);
         record = dtzCacheRecord{key1, key2, nullptr};

@@ -16,7 +16,8 @@ struct Step {
 
 constexpr std::array<Step, 4> straight = {{{1, 0}, {-1, 0}, {0, 1}, {0, -1}}};
 constexpr std::array<Step, 4> diagonal = {{{1, 1}, {1, -1}, {-1, 1}, {-1, -1}}};
-constexpr std::array<Step, 8> jumps = {{{1, 2}, {2, 1}, {-1, 2}, {-2, 1}, {1, -2}, {2, -1}, {-1, -2}, {-2, -1}}};
+constexpr std::array<Step, 8> jumps = {
+    {{1, 2}, {2, 1}, {-1, 2}, {-2, 1}, {1, -2}, {2, -1}, {-1, -2}, {-2, -1}}};
 
 // The square reached by a step, or noSquare beyond the board's edge.
 i32 stepFrom(i32 square, Step step) {
@@ -204,9 +205,10 @@ bool isAttacked(const Position& p, i32 square, bool byWhite) {
     const auto man = [byWhite](char kind) { return ofColour(kind, byWhite); };
     const i32 down = byWhite ? -1 : 1;
     const std::array<Step, 2> pawnSteps = {{{-1, down}, {1, down}}};
-    return rayMeets(p, square, straight, man('R'), man('Q')) || rayMeets(p, square, diagonal, man('B'), man('Q')) ||
-           stepMeets(p, square, jumps, man('N')) || stepMeets(p, square, straight, man('K')) ||
-           stepMeets(p, square, diagonal, man('K')) || stepMeets(p, square, pawnSteps, man('P'));
+    return rayMeets(p, square, straight, man('R'), man('Q')) ||
+           rayMeets(p, square, diagonal, man('B'), man('Q')) || stepMeets(p, square, jumps, man('N')) ||
+           stepMeets(p, square, straight, man('K')) || stepMeets(p, square, diagonal, man('K')) ||
+           stepMeets(p, square, pawnSteps, man('P'));
 }
 
 bool inCheck(const Position& p, bool white) {
