@@ -33,7 +33,7 @@ bool engineIsToMove() {
 }
 
 bool gameHasRoom() {
-    return board - boardStack.data() < gameRecordsMax - 1;
+    return board - boardStack.data() < gameRecordsMax;
 }
 
 void takeBackMove() {

@@ -21,6 +21,9 @@ BANNER = ("tarvelmon chess engine by Ubaldo Merikossa\n"
 # Seconds after which a wait counts as failed: long, for machines with much else to do and for sanitizers.
 PATIENCE = float(os.environ.get("TARVELMON_PATIENCE", "120"))
 
+# Threads of a process that does not search beside its input: the thread sanitizer has one of its own.
+OWN_THREADS = 2 if "thread" in os.environ.get("TARVELMON_SANITIZE", "") else 1
+
 # A small table and no book, so that tests neither take much memory nor depend on a file.
 SMALL_INI = "[ENGINE]\nHashSize=16\nPawnHashSize=16\n[BOOK]\nBook=0\n[TABLEBASE]\nSyzygy=0\n"
 
@@ -115,7 +118,7 @@ class Engine:
         holds the lines before it."""
         wanted = re.compile(r"^(?:%s)\n" % pattern, re.MULTILINE)
         match = self._wait(lambda: wanted.search(self.text, self.position), repr(pattern), patience)
-        self.skipped = self.text[self.position:match.start()].splitlines()
+        self.skipped = self.text[self.position:match.start()].split("\n")[:-1]
         self.position = match.end()
         return match
 
@@ -139,7 +142,7 @@ class Engine:
         the engine ponders or analyses, which drops the question."""
         self._pings = getattr(self, "_pings", 0) + 1
         self.send("ping %d" % self._pings)
-        return self.expect_text("pong %d\n" % self._pings).splitlines()
+        return self.expect_text("pong %d\n" % self._pings).split("\n")[:-1]
 
     def tell(self, *lines):
         """Sends lines of the protocol and returns the lines they led to."""
@@ -163,10 +166,11 @@ class Engine:
         """Threads of the process at this moment (Linux)."""
         return len(os.listdir("/proc/%d/task" % self.process.pid))
 
-    def wait_for_threads(self, count, patience=None):
-        """Waits until the process has at most `count` threads. Asks again and again: nothing tells of it."""
+    def wait_for_end_of_search(self, patience=None):
+        """Waits until a search beside the input has ended by itself and the monitor alone is left. Asks again and
+        again: nothing tells of it."""
         deadline = time.monotonic() + (patience or PATIENCE)
-        while self.thread_count() > count:
+        while self.thread_count() > OWN_THREADS + 1:
             if time.monotonic() > deadline:
                 raise EngineError("still %d threads" % self.thread_count())
             time.sleep(0.005)

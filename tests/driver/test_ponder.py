@@ -324,9 +324,8 @@ class PromotionLetters(PonderTest):
 class SearchesThatEndByThemselves(PonderTest):
     def test_by_the_time_of_st_any_line_brings_the_move_and_is_lost(self):
         game = Game(self.start_engine(), setup=("st 1",))
-        before = game.engine.thread_count()
         game.start()
-        game.engine.wait_for_threads(before + 1)
+        game.engine.wait_for_end_of_search()
         game.position = game.after_expected()
         game.engine.send("ping 77")
         game.take_move()
@@ -337,9 +336,8 @@ class SearchesThatEndByThemselves(PonderTest):
         for safe_ply, budgets in ((64, 1), (2, 0)):
             with self.subTest(safe_ply=safe_ply):
                 game = Game(self.start_engine(safe_ply), setup=("st 1",))
-                before = game.engine.thread_count()
                 game.start(4)
-                game.engine.wait_for_threads(before + 1)
+                game.engine.wait_for_end_of_search()
                 game.engine.send("usermove " + game.expected)
                 game.position = game.after_expected()
                 game.take_move()
@@ -349,9 +347,8 @@ class SearchesThatEndByThemselves(PonderTest):
 
     def test_at_the_highest_depth_the_monitor_reads_on(self):
         game = Game(self.start_engine(), setup=("sd 3",))
-        before = game.engine.thread_count()
         game.start(3)
-        game.engine.wait_for_threads(before + 1)
+        game.engine.wait_for_end_of_search()
         game.engine.send("ping 5", "time 7200")
         game.engine.expect("#DEBUG time:7200")
         self.assertEqual([line for line in game.engine.skipped if not is_pv(line)], [])
@@ -365,7 +362,6 @@ class SearchesThatEndByThemselves(PonderTest):
     def test_a_single_legal_reply_is_found_at_once_and_waits_for_the_move(self):
         # Black checks for ever, from g4 and d1; the check on d1 has one answer.
         game = Game(self.start_engine(), fen="8/RQ4pk/8/8/8/8/5P1P/3q1K2 w - - 0 1", setup=("sd 4",))
-        before = game.engine.thread_count()
         game.engine.send("time 7000", "otim 7000", "white")
         self.assertEqual(game.take_move(), "f1g2")
         self.assertRegex(game.engine.skipped[-1], r" 0      0 +\d+ +\d+ f1g2  ")
@@ -373,7 +369,7 @@ class SearchesThatEndByThemselves(PonderTest):
         game.take_move()
         game.take_hint()
         self.assertEqual((game.expected, game.depths), ("g4d1", [0]))
-        game.engine.wait_for_threads(before + 1)
+        game.engine.wait_for_end_of_search()
         game.engine.send("ping 6")
         game.user_plays("g4d1")
         game.engine.expect(BUDGET)
@@ -409,9 +405,8 @@ class EndOfInput(PonderTest):
 
     def test_after_the_search_has_ended_by_itself(self):
         game = Game(self.start_engine(), setup=("st 1",))
-        before = game.engine.thread_count()
         game.start()
-        game.engine.wait_for_threads(before + 1)
+        game.engine.wait_for_end_of_search()
         self.assertEqual(game.engine.quit(), 0)
         self.assertNotRegex(game.engine.rest(), r"(?m)^move")
 
