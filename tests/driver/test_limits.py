@@ -1,0 +1,58 @@
+"""Little memory and few file handles: the engine says what it lacks and plays on."""
+
+import os
+import re
+import struct
+import unittest
+
+from chess_rules import Position
+from engine import SMALL_INI, Engine
+
+# A sanitizer's own memory does not fit into these limits.
+SANITIZED = bool(os.environ.get("TARVELMON_SANITIZE"))
+
+# The key of the start position in the book format, and e2e4: from and to by file and row of three bits each.
+START_KEY = 0x463B96181691FC9C
+E2E4 = 4 | 3 << 3 | 4 << 6 | 1 << 9
+BOOK = struct.pack(">QHHI", START_KEY, E2E4, 1, 0)
+BOOK_INI = SMALL_INI.replace("Book=0", "Book=1")
+
+
+class Limits(unittest.TestCase):
+    @unittest.skipIf(SANITIZED, "the sanitizer takes more memory than the limit")
+    def test_the_default_tables_do_not_fit_into_256_mb_and_the_engine_plays(self):
+        with Engine(ini=None, arguments=("prlimit", "--as=%d" % (256 << 20))) as engine:
+            on_entering = engine.xboard()
+            self.assertIn("Hash Table Memory Allocation Failed!\n", on_entering)
+            position = Position()
+            engine.tell("new", "sd 5")
+            for move in ("e2e4", "g1f3", "b1c3"):
+                position = position.legal_moves()[move]
+                answers = engine.tell("usermove " + move)
+                reply = re.fullmatch(r"move (\S+) ", answers[-1])
+                self.assertIsNotNone(reply, answers)
+                position = position.legal_moves()[reply[1]]
+            self.assertEqual(engine.quit(), 0)
+
+    def probe_book(self, files):
+        """Plays the first move of a thousand games with 32 file handles; returns the moves."""
+        with Engine(ini=BOOK_INI, files=files, arguments=("prlimit", "--nofile=32")) as engine:
+            engine.xboard()
+            answers = engine.tell("sd 2", *["new", "go"] * 1000)
+            moves = [line.split()[1] for line in answers if line.startswith("move ")]
+            self.assertEqual(engine.quit(), 0)
+            return moves, engine.errors
+
+    def test_a_thousand_book_moves_need_few_file_handles(self):
+        moves, errors = self.probe_book({"book.bin": BOOK})
+        self.assertEqual(moves, ["e2e4"] * 1000)
+        self.assertEqual(errors, "")
+
+    def test_a_thousand_missed_books_need_few_file_handles(self):
+        moves, errors = self.probe_book({})
+        self.assertEqual(len(moves), 1000)
+        self.assertEqual(errors, "book.bin: No such file or directory\n" * 1000)
+
+
+if __name__ == "__main__":
+    unittest.main()
