@@ -1,6 +1,7 @@
 """Thinking on the opponent's time: what each line means for the running search, and what follows its end.
 
-Clocks stay above a minute, below which pondering switches itself off. The two values of safePly decide what a hit
+An increment of half a minute keeps pondering on at any clock, and clocks of 25 seconds, to which it cannot be added,
+keep the budgets at a fifth of a second. The two values of safePly decide what a hit
 means: with 2 every ponder search that has finished two depths is deep enough, with 64 none is.
 """
 
@@ -42,18 +43,19 @@ def depth_of(line):
 class Game:
     """A game against the engine, whose moves are checked against the rules. After `start` it ponders."""
 
-    def __init__(self, engine, fen=None, setup=()):
+    def __init__(self, engine, fen=None, setup=(), clock=2500):
         self.engine = engine
+        self.clock = clock
         self.position = Position(fen) if fen else Position()
         engine.xboard()
-        engine.tell("new", "level 0 5 0", "hard", *setup)
+        engine.tell("new", "level 0 5 30", "hard", *setup)
         if fen:
             engine.tell("setboard " + fen)
 
     def user_plays(self, move):
         """Sends the clocks and a move; `position` is then the one for the engine."""
         self.position = self.position.legal_moves()[move]
-        self.engine.send("time 7000", "otim 7000", "usermove " + move)
+        self.engine.send("time %d" % self.clock, "otim %d" % self.clock, "usermove " + move)
 
     def take_move(self):
         """Waits for the engine's move, which must be legal."""
@@ -92,8 +94,8 @@ class PonderTest(unittest.TestCase):
         self.addCleanup(engine.close)
         return engine
 
-    def pondering_game(self, safe_ply=64, lines=1, setup=()):
-        return Game(self.start_engine(safe_ply), setup=setup).start(lines)
+    def pondering_game(self, safe_ply=64, lines=1, **arguments):
+        return Game(self.start_engine(safe_ply), **arguments).start(lines)
 
     def assert_no_pondering(self, engine):
         """The engine reads commands again, and has not begun to ponder."""
@@ -131,7 +133,7 @@ class WhatALineMeans(PonderTest):
         game.user_plays(game.expected)
         game.take_move()
         for line in game.engine.skipped:
-            self.assertRegex(line, "%s|#DEBUG (time|otim):7000" % THINKING)
+            self.assertRegex(line, "%s|#DEBUG (time|otim):2500" % THINKING)
             if is_thinking(line):
                 self.assertGreaterEqual(depth_of(line), game.depths[-1])
         self.assert_no_pondering(game.engine)
@@ -223,22 +225,29 @@ class WhatALineMeans(PonderTest):
         for line in ("time:7500", "otim:9000", "time:7500", "otim:9000", "time:7500", "time:2147483647"):
             game.engine.expect("#DEBUG " + line)
             self.assertEqual([line for line in game.engine.skipped if not is_pv(line)], [])
-        # 7500 against 9000 is behind: 20 + 5 + 105.
-        game.engine.send("time 7500", "usermove " + game.other_move())
-        game.engine.expect(r"#DEBUG moves: 2 move speed: 130  allocated time: 57")
+        # 2600 against 9000 is behind: 20 + 5 + 105.
+        game.engine.send("time 2600", "usermove " + game.other_move())
+        game.engine.expect(r"#DEBUG moves: 2 move speed: 130  allocated time: 20")
 
     def test_a_hit_is_budgeted_with_the_clocks_sent_before_it(self):
         game = self.pondering_game()
-        game.engine.send("time 6500", "otim 6500", "usermove " + game.expected)
-        game.engine.expect(r"#DEBUG moves: 2 move speed: 125  allocated time: 52")
+        game.engine.send("time 3250", "otim 3250", "usermove " + game.expected)
+        game.engine.expect(r"#DEBUG moves: 2 move speed: 125  allocated time: 26")
 
     def test_a_low_clock_of_the_opponent_does_not_end_pondering_here(self):
-        # With three seconds a move the allocation does not switch pondering off either.
-        game = self.pondering_game(2, lines=4, setup=("level 0 5 3",))
+        game = self.pondering_game(2, lines=4)
         game.engine.send("otim 500", "usermove " + game.expected)
         game.engine.expect(MOVE)
         game.engine.send("usermove a2a3")
         game.engine.expect("Hint: .*")
+
+    def test_without_the_increment_a_clock_below_a_minute_ends_pondering(self):
+        for time, otim in ((6000, 9000), (6001, 6000)):
+            with self.subTest(time=time, otim=otim):
+                game = self.pondering_game(setup=("level 0 5 2",), clock=7000)
+                game.engine.send("time %d" % time, "otim %d" % otim, "usermove " + game.other_move())
+                game.engine.expect(MOVE)
+                self.assertEqual(game.engine.sync(), [])
 
     def test_every_other_line_is_swallowed(self):
         game = self.pondering_game()
@@ -293,7 +302,7 @@ class PromotionLetters(PonderTest):
 
     def expected_promotion(self, safe_ply):
         game = Game(self.start_engine(safe_ply), fen=self.FEN, setup=("sd 4",))
-        game.engine.send("time 7000", "otim 7000", "white")
+        game.engine.send("time 2500", "otim 2500", "white")
         game.take_move()
         game.user_plays("a3a2")
         game.take_move()
@@ -362,7 +371,7 @@ class SearchesThatEndByThemselves(PonderTest):
     def test_a_single_legal_reply_is_found_at_once_and_waits_for_the_move(self):
         # Black checks for ever, from g4 and d1; the check on d1 has one answer.
         game = Game(self.start_engine(), fen="8/RQ4pk/8/8/8/8/5P1P/3q1K2 w - - 0 1", setup=("sd 4",))
-        game.engine.send("time 7000", "otim 7000", "white")
+        game.engine.send("time 2500", "otim 2500", "white")
         self.assertEqual(game.take_move(), "f1g2")
         self.assertRegex(game.engine.skipped[-1], r" 0      0 +\d+ +\d+ f1g2  ")
         game.user_plays("d1g4")
@@ -379,7 +388,7 @@ class SearchesThatEndByThemselves(PonderTest):
 
     def test_a_single_legal_move_of_an_ordinary_think_leaves_the_former_expected_move(self):
         game = Game(self.start_engine(), fen="8/RQ4pk/8/8/6q1/8/5PKP/8 w - - 0 1", setup=("sd 4",))
-        game.engine.send("time 7000", "otim 7000", "white")
+        game.engine.send("time 2500", "otim 2500", "white")
         game.take_move()
         game.user_plays("g4d1")
         game.take_move()
