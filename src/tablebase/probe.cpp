@@ -118,6 +118,7 @@ static i32 zeroingDtz(i32 wdl) {
     return wdl == 2 ? 1 : 101;
 }
 
+// Deliberate: a double step counts as one that cannot be taken en passant.
 static bool pawnMoveKeepsWin(i32 wdl, i32& success) {
     MoveList pushes;
     genPawnQuiets(pushes);

@@ -99,6 +99,23 @@ Expected expectedFrom(const Position& p) {
     return Expected{wdl, wdl == 2 ? fastestWin : wdl == -2 ? -longestLoss : 0};
 }
 
+// Whether a pawn may step past an enemy's by two squares. Deliberate: the winner's distance takes such a step for one that
+// cannot be captured, and may so be 1 where it is more.
+bool stepMayBeTaken(const Position& p) {
+    for (i32 file = 0; file < 8; ++file) {
+        for (const i32 other : {file - 1, file + 1}) {
+            if (other < 0 || other > 7) {
+                continue;
+            }
+            if ((p.men[8 + file] == 'P' && p.men[24 + other] == 'p') ||
+                (p.men[48 + file] == 'p' && p.men[32 + other] == 'P')) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
 struct Tally {
     i64 positions;
     i64 decided;
@@ -115,7 +132,7 @@ void check(const Position& p, Tally& tally) {
     const i32 error = std::abs(found.dtz - expected.dtz);
     const bool signFits = (found.dtz > 0) == (expected.dtz > 0) && (found.dtz < 0) == (expected.dtz < 0);
     const bool wrongWdl = !found.wdlKnown || found.wdl != expected.wdl;
-    const bool wrongDtz = !found.dtzKnown || error > 2 || !signFits;
+    const bool wrongDtz = !found.dtzKnown || !signFits || (error > 2 && !stepMayBeTaken(p));
     ++tally.positions;
     tally.decided += found.wdl != 0 ? 1 : 0;
     tally.twoPlies += error == 2 ? 1 : 0;
