@@ -167,8 +167,11 @@ class Engine:
         return len(os.listdir("/proc/%d/task" % self.process.pid))
 
     def wait_for_end_of_search(self, patience=None):
-        """Waits until a search beside the input has ended by itself and the monitor alone is left. Asks again and
-        again: nothing tells of it."""
+        """Waits until a search beside the input has ended by itself and the monitor alone is left. The monitor is
+        asked for a sign of life first, which it gives as long as the search's time is not over. Then asks the system
+        again and again: nothing tells of the end."""
+        self.send("time 2500")
+        self.expect("#DEBUG time:2500", patience)
         deadline = time.monotonic() + (patience or PATIENCE)
         while self.thread_count() > OWN_THREADS + 1:
             if time.monotonic() > deadline:

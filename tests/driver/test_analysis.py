@@ -126,7 +126,7 @@ class AnalysisTest(unittest.TestCase):
         engine = Engine()
         self.addCleanup(engine.close)
         engine.xboard()
-        engine.tell("new", "st 1")
+        engine.tell("new", "st 3")
         engine.send("analyze")
         engine.expect(THINKING)
         engine.wait_for_end_of_search()

@@ -332,7 +332,7 @@ class PromotionLetters(PonderTest):
 
 class SearchesThatEndByThemselves(PonderTest):
     def test_by_the_time_of_st_any_line_brings_the_move_and_is_lost(self):
-        game = Game(self.start_engine(), setup=("st 1",))
+        game = Game(self.start_engine(), setup=("st 3",))
         game.start()
         game.engine.wait_for_end_of_search()
         game.position = game.after_expected()
@@ -344,8 +344,8 @@ class SearchesThatEndByThemselves(PonderTest):
     def test_by_the_time_of_st_the_expected_move_is_answered_at_once(self):
         for safe_ply, budgets in ((64, 1), (2, 0)):
             with self.subTest(safe_ply=safe_ply):
-                game = Game(self.start_engine(safe_ply), setup=("st 1",))
-                game.start(4)
+                game = Game(self.start_engine(safe_ply), setup=("st 3",))
+                game.start()
                 game.engine.wait_for_end_of_search()
                 game.engine.send("usermove " + game.expected)
                 game.position = game.after_expected()
@@ -413,7 +413,7 @@ class EndOfInput(PonderTest):
         game.take_move()
 
     def test_after_the_search_has_ended_by_itself(self):
-        game = Game(self.start_engine(), setup=("st 1",))
+        game = Game(self.start_engine(), setup=("st 3",))
         game.start()
         game.engine.wait_for_end_of_search()
         self.assertEqual(game.engine.quit(), 0)
