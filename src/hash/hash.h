@@ -23,8 +23,8 @@ struct ys_hash {
 };
 static_assert(sizeof(ys_hash) == 16);
 
-/// Frees the table and allocates `entries` empty records, said in a line with `megabytes`. If they cannot be had: the
-/// failure line, and a table of one record that works.
+/// Frees the table and allocates `entries` empty records, said in two lines with `megabytes`. If they cannot be had: the
+/// failure line, then a smaller table, said likewise with its own numbers; at the worst one record, said as 0.
 void hashAlloc(u64 entries, i32 megabytes);
 /// Empties the table. `entries` is the number the caller believes in; never more than the table has are touched.
 void hashClear(u64 entries);
@@ -54,7 +54,7 @@ struct hashPawn {
 static_assert(sizeof(hashPawn) == 24);
 
 /// Frees the table and allocates EngineOptions.pawnHashEntries empty records, said in a line. If they cannot be had:
-/// the failure line, and a table of one record that works.
+/// the failure line, then a smaller table, said likewise; at the worst one record, said as 0 MB.
 void pawnHashAlloc();
 /// Looks up the pawns of the record at `board` as its side to move sees them. Returns `pawnScore` as an unsigned
 /// 16-bit number, or PAWN_HASH_MISS; `recordCopy` then holds what the slot held.

@@ -3,6 +3,7 @@
 #include "board/random64.h"
 #include "frontend/frontend.h"
 #include "hash/hash.h"
+#include "hash/internal.h"
 #include "platform/platform.h"
 #include "platform/print.h"
 
@@ -109,23 +110,28 @@ static void freeTable() {
     loneRecord = {};
 }
 
+static bool allocateTable(u64 entries) {
+    const bool countable = entries <= std::numeric_limits<std::size_t>::max() / sizeof(hashPawn);
+    void* memory = countable ? allocatePages(entries * sizeof(hashPawn), true) : nullptr;
+    if (memory == nullptr) {
+        return false;
+    }
+    pawnHashTable = static_cast<hashPawn*>(memory);
+    recordsHeld = entries;
+    return true;
+}
+
 void pawnHashAlloc() {
     freeTable();
-    const u64 entries = EngineOptions.pawnHashEntries;
-    const bool countable = entries <= std::numeric_limits<std::size_t>::max() / sizeof(hashPawn);
-    if (countable && entries != 0) {
-        void* memory = allocatePages(entries * sizeof(hashPawn), true);
-        if (memory != nullptr) {
-            pawnHashTable = static_cast<hashPawn*>(memory);
-            recordsHeld = entries;
-        }
-    }
-    const bool failed = entries != 0 && pawnHashTable == &loneRecord;
-    if (failed) {
+    i32 megabytes = EngineOptions.pawnHashSize;
+    const u64 wanted = EngineOptions.pawnHashEntries;
+    // A table without records is no failure; the lone record serves it.
+    if (wanted != 0 && !allocateTable(wanted)) {
         print("Pawn Hash Table Memory Allocation Failed!\n");
-    } else {
-        print("Allocated %i MB for the Pawn Hash Table\n", EngineOptions.pawnHashSize);
+        const u64 entries = smallerTable(wanted, defaultPawnHashEntries, allocateTable);
+        megabytes = static_cast<i32>(entries * sizeof(hashPawn) >> 20);
     }
+    print("Allocated %i MB for the Pawn Hash Table\n", megabytes);
 }
 
 void pawnHashClear() {

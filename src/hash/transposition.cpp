@@ -3,6 +3,7 @@
 // and one of another generation reads as an empty slot. Memory is taken from the system only where a record is stored.
 #include "board/board.h"
 #include "hash/hash.h"
+#include "hash/internal.h"
 #include "platform/platform.h"
 #include "platform/print.h"
 
@@ -103,7 +104,8 @@ void hashAlloc(u64 entries, i32 megabytes) {
     // A table without records is no failure; the sole record serves it.
     if (entries != 0 && !allocateTable(entries)) {
         print("Hash Table Memory Allocation Failed!\n");
-        return;
+        entries = smallerTable(entries, defaultHashEntries, allocateTable);
+        megabytes = static_cast<i32>(entries * sizeof(ys_hash) >> 20);
     }
     print("Allocated %i MB for the Hash Table\n", megabytes);
     print("Hash Record allocated: %lld\n", static_cast<long long>(entries));

@@ -34,7 +34,8 @@ enum class MapResult : u8 { mapped, cannotOpen, cannotMap };
 [[nodiscard]] MapResult mapFile(const char* path, MappedFile& file);
 void unmapFile(MappedFile& file);
 
-/// Zeroed memory of whole pages, taken from the system only when touched; null if it cannot be had.
+/// Zeroed memory of whole pages, taken from the system only when touched; null if it cannot be had, or is more than
+/// the machine has.
 /// largePages  worth asking the system for large pages.
 [[nodiscard]] void* allocatePages(std::size_t bytes, bool largePages);
 void freePages(void* memory, std::size_t bytes);

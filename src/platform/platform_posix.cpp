@@ -78,8 +78,14 @@ void unmapFile(MappedFile& file) {
     file = MappedFile{nullptr, 0};
 }
 
+// The system would promise more, and end the process when it is touched.
+static std::size_t machineMemory() {
+    return static_cast<std::size_t>(sysconf(_SC_PHYS_PAGES)) *
+           static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+}
+
 void* allocatePages(std::size_t bytes, bool largePages) {
-    if (bytes == 0) {
+    if (bytes == 0 || bytes > machineMemory()) {
         return nullptr;
     }
     void* memory =
