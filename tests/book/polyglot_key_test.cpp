@@ -81,6 +81,8 @@ static const EpCase epCases[] = {
     {"Black to move", "4k3/8/8/8/4p3/5P2/8/4K3 b", "f3", true},
     {"the a-file does not see the h-file", "4k3/8/p7/7P/8/8/8/4K3 w", "a6", false},
     {"the h-file does not see the a-file", "4k3/8/7p/P7/8/8/8/4K3 w", "h6", false},
+    {"the h-file does not see the next rank's a-file", "4k3/8/p7/8/7P/8/8/4K3 w", "a6", false},
+    {"the a-file does not see its own rank's h-file", "4k3/8/P6p/8/8/8/8/4K3 w", "h6", false},
     {"the a-file", "4k3/8/p7/1P6/8/8/8/4K3 w", "a6", true},
     {"the h-file", "4k3/8/7p/6P1/8/8/8/4K3 w", "h6", true},
 };

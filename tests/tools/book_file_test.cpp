@@ -2,6 +2,7 @@
 #include "book_file.h"
 
 #include "board/board.h"
+#include "board/tables.h"
 #include "book/book.h"
 #include "book_check.h"
 #include "support/temp_directory.h"
@@ -9,6 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <string>
 
 constexpr u64 startKey = 0x463B96181691FC9C;
@@ -139,22 +142,51 @@ TEST(BookCheck, MeetsWhatABookOfOneSideLeavesOut) {
     EXPECT_EQ(report.reachedPositions, 2U);
 }
 
+struct EnPassantCase {
+    const char* name;
+    std::array<const char*, 4> moves;
+    u32 file;
+};
+
+constexpr EnPassantCase enPassantCases[] = {
+    {"the capturing pawn stands on the left", {"e2e4", "d7d5", "e4e5", "f7f5"}, 5},
+    {"the capturing pawn stands on the right", {"e2e4", "f7f5", "e4e5", "d7d5"}, 3},
+    {"the capturing pawn stands on the rim", {"a2a4", "h7h5", "a4a5", "b7b5"}, 1},
+};
+
 TEST(BookCheck, CountsPositionsUnderPublishedEnPassantKeys) {
+    for (const EnPassantCase& c : enPassantCases) {
+        SCOPED_TRACE(c.name);
+        newGame();
+        BookRecords records;
+        const auto add = [&records](const char* move, u64 term) {
+            const i32 from = move[0] - 'a' + 8 * (move[1] - '1');
+            const i32 to = move[2] - 'a' + 8 * (move[3] - '1');
+            records.push_back({polyglotKey() ^ term, makeBookMove(from, to, 0), 1, 0});
+            ASSERT_EQ(parseUserMove(move), 1);
+        };
+        for (const char* move : c.moves) {
+            add(move, 0);
+        }
+        add("g1f3", Random64[772 + c.file]);
+        std::sort(records.begin(), records.end(), [](const auto& a, const auto& b) { return a.key < b.key; });
+        const BookReport report = check(records);
+        EXPECT_EQ(report.publishedKeysOnly, 1U);
+        EXPECT_EQ(report.reachedRecords, 4U);
+        EXPECT_TRUE(isSound(report)) << "not faulty for that";
+    }
+}
+
+TEST(BookCheck, CountsNoPublishedKeyWithoutAPawnBeside) {
+    // A pawn on the h-file is not beside one on the next rank's a-file.
     newGame();
     BookRecords records;
-    const auto add = [&records](const char* move) {
+    for (const char* move : {"h2h4", "g8f6", "h4h5", "a7a5"}) {
         const i32 from = move[0] - 'a' + 8 * (move[1] - '1');
         const i32 to = move[2] - 'a' + 8 * (move[3] - '1');
         records.push_back({polyglotKey(), makeBookMove(from, to, 0), 1, 0});
         ASSERT_EQ(parseUserMove(move), 1);
-    };
-    for (const char* move : {"e2e4", "d7d5", "e4e5", "f7f5"}) {
-        add(move);
     }
-    records.push_back({0x22A48B5A8E47FF78, makeBookMove(36, 45, 0), 1, 0});
-    std::sort(records.begin(), records.end(), [](const auto& a, const auto& b) { return a.key < b.key; });
-    const BookReport report = check(records);
-    EXPECT_EQ(report.publishedKeysOnly, 1U);
-    EXPECT_EQ(report.reachedRecords, 4U);
-    EXPECT_TRUE(isSound(report)) << "not faulty for that";
+    records.push_back({polyglotKey() ^ Random64[772], e2e4, 1, 0});
+    EXPECT_EQ(check(records).publishedKeysOnly, 0U);
 }

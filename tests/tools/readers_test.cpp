@@ -143,6 +143,7 @@ constexpr PgnCase oneGameCases[] = {
     {"comments in braces", "1. e4 {1. d4 (d5} e5 {)} 2. Nf3 0-1"},
     {"comments to the end of the line", "1. e4 ; d4 { d5\ne5 ;\n2. Nf3 *"},
     {"variations", "1. e4 (1. d4 d5) e5 (1... c5 2. Nf3 (2. Nc3)) 2. Nf3"},
+    {"moves behind a variation in a variation", "1. e4 (1. d4 (1. c4) d5) e5 2. Nf3"},
     {"comments in variations", "1. e4 (1. d4 {)(} d5 ; )\n) e5 2. Nf3"},
     {"marks of positions", "1. e4 $1 $13 e5!? 2. Nf3 +- ! = *"},
     {"an escaped line", "% e4 d5\n1. e4 e5\n%%%\n2. Nf3"},
