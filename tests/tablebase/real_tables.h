@@ -36,6 +36,14 @@ inline void setUp(const std::string& fen) {
     ASSERT_EQ(fenToBoard(fen.c_str()), 1) << fen;
 }
 
+/// Whether the WDL table knows the position; its value then.
+[[nodiscard]] inline bool wdlOf(const std::string& fen, i32& wdl) {
+    setUp(fen);
+    i32 success = 0;
+    wdl = probeWdl(success);
+    return success != 0;
+}
+
 [[nodiscard]] inline Values probe(const std::string& fen) {
     setUp(fen);
     i32 wdlSuccess = 0;
