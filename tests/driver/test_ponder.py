@@ -264,9 +264,9 @@ class WhatALineMeans(PonderTest):
         game.take_hint()
 
     def test_a_move_that_differs_is_taken_even_if_it_is_illegal(self):
-        game = self.pondering_game()
         for text in ("e2e9", "zzzz", "e2", "", "x" * 240):
             with self.subTest(text):
+                game = self.pondering_game()
                 game.engine.send("usermove " + text)
                 game.engine.expect("Illegal move: " + text)
                 # It is reported once, and the game goes on with a legal one.
@@ -283,7 +283,7 @@ class WhatALineMeans(PonderTest):
 
     def test_interrupts_before_commands_do_no_harm(self):
         game = self.pondering_game()
-        for _ in range(3):
+        for _ in range(2):
             for _ in range(50):
                 game.engine.process.send_signal(signal.SIGINT)
             game.user_plays(game.other_move())
