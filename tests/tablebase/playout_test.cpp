@@ -1,5 +1,6 @@
 // The engine plays positions of four men, its search filtered at the root by the tables, against the best defence that
-// the tables know: won ones are won within the fifty-move rule, drawn ones are held. TARVELMON_PLAYOUTS sets how many.
+// the tables know: won ones are won within the fifty-move rule, drawn ones are held. TARVELMON_PLAYOUTS sets how many,
+// TARVELMON_PLAYOUT_DEPTH how deep the search goes.
 #include "frontend/frontend.h"
 #include "hash/hash.h"
 #include "plain_rules.h"
@@ -15,13 +16,16 @@
 
 namespace {
 
-constexpr i32 searchDepth = 5;
 constexpr i32 drawnGamePlies = 80;
 constexpr i32 fiftyMoves = 100;  // plies
 
+i32 numberFromEnvironment(const char* variable, i32 otherwise) {
+    const char* text = std::getenv(variable);
+    return text == nullptr ? otherwise : std::atoi(text);
+}
+
 i32 gameCount() {
-    const char* text = std::getenv("TARVELMON_PLAYOUTS");
-    return text == nullptr ? 60 : std::atoi(text);
+    return numberFromEnvironment("TARVELMON_PLAYOUTS", 60);
 }
 
 void setUpEngine() {
@@ -34,7 +38,7 @@ void setUpEngine() {
     EngineOptions.syzygy = 1;
     EngineOptions.syzygyMen = 5;
     EngineOptions.minDepth = 1;
-    EngineOptions.maxDepth = searchDepth;
+    EngineOptions.maxDepth = numberFromEnvironment("TARVELMON_PLAYOUT_DEPTH", 5);
     EngineOptions.postThinking = 0;
     TimeControl.moveTime = 1'000'000;
     TimeControl.allocatedTime = 1'000'000;
@@ -109,25 +113,29 @@ bool standsForTheThirdTime(std::map<Placement, i32>& seen) {
     return ++seen[{b.side, b.pbq, b.nbk, b.rqk, b.stateFlags & blackToMoveFlag}] >= 3;
 }
 
-enum class Outcome : u8 { mate, stalemate, fiftyMoveRule, repetition, stillOpen };
+enum class Outcome : u8 { mate, stalemate, fiftyMoveRule, stillOpen };
+
+struct Game {
+    Outcome outcome;
+    bool repeated;  // a position stood for the third time; the game goes on
+};
 
 // Plays on from the position at `board`; the engine moves first or second. `reply` plays the other side.
 template <typename Reply>
-Outcome playOut(bool engineMoves, i32 pliesMax, Reply reply) {
+Game playOut(bool engineMoves, i32 pliesMax, Reply reply) {
     std::map<Placement, i32> seen;
+    bool repeated = false;
     for (i32 ply = 0; ply < pliesMax; ++ply, engineMoves = !engineMoves) {
         if (legalHere().empty()) {
-            return inCheck() != 0 ? Outcome::mate : Outcome::stalemate;
+            return {inCheck() != 0 ? Outcome::mate : Outcome::stalemate, repeated};
         }
         if (board->rule50 >= fiftyMoves) {
-            return Outcome::fiftyMoveRule;
+            return {Outcome::fiftyMoveRule, repeated};
         }
-        if (standsForTheThirdTime(seen)) {
-            return Outcome::repetition;
-        }
+        repeated = standsForTheThirdTime(seen) || repeated;
         makeMove(engineMoves ? engineMove() : reply());
     }
-    return Outcome::stillOpen;
+    return {Outcome::stillOpen, repeated};
 }
 
 std::string randomFourMen(std::mt19937_64& random) {
@@ -156,6 +164,7 @@ class Playout : public testing::Test {
 
 TEST_F(Playout, WinsWonPositionsWithinTheFiftyMoveRule) {
     std::mt19937_64 random(50);
+    i32 repeatedGames = 0;
     for (i32 games = 0; games < gameCount();) {
         const std::string fen = randomFourMen(random);
         tables::setUp(fen);
@@ -166,13 +175,14 @@ TEST_F(Playout, WinsWonPositionsWithinTheFiftyMoveRule) {
         ++games;
         testing::internal::CaptureStdout();
         const bool engineMoves = wdl > 0;
-        const Outcome outcome = playOut(engineMoves, 400, [&] { return longestResistance(random); });
+        const Game game = playOut(engineMoves, 400, [&] { return longestResistance(random); });
         testing::internal::GetCapturedStdout();
         const bool engineIsMated =
             outcome == Outcome::mate && (board - boardStack.data()) % 2 == (engineMoves ? 0 : 1);
-        EXPECT_EQ(outcome, Outcome::mate) << fen;
+        EXPECT_EQ(game.outcome, Outcome::mate) << fen;
         EXPECT_FALSE(engineIsMated) << fen;
     }
+    RecordProperty("repeatedGames", repeatedGames);
 }
 
 TEST_F(Playout, HoldsDrawnPositions) {
@@ -187,12 +197,12 @@ TEST_F(Playout, HoldsDrawnPositions) {
         ++games;
         testing::internal::CaptureStdout();
         bool isLost = false;
-        const Outcome outcome = playOut(engineMoves, drawnGamePlies, [&] {
+        const Game game = playOut(engineMoves, drawnGamePlies, [&] {
             isLost = isLost || wdlHere() > 0;
             return drawingMove(random);
         });
         testing::internal::GetCapturedStdout();
         EXPECT_FALSE(isLost) << fen;
-        EXPECT_NE(outcome, Outcome::mate) << fen;
+        EXPECT_NE(game.outcome, Outcome::mate) << fen;
     }
 }
