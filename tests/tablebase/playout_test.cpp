@@ -177,8 +177,9 @@ TEST_F(Playout, WinsWonPositionsWithinTheFiftyMoveRule) {
         const bool engineMoves = wdl > 0;
         const Game game = playOut(engineMoves, 400, [&] { return longestResistance(random); });
         testing::internal::GetCapturedStdout();
+        repeatedGames += game.repeated ? 1 : 0;
         const bool engineIsMated =
-            outcome == Outcome::mate && (board - boardStack.data()) % 2 == (engineMoves ? 0 : 1);
+            game.outcome == Outcome::mate && (board - boardStack.data()) % 2 == (engineMoves ? 0 : 1);
         EXPECT_EQ(game.outcome, Outcome::mate) << fen;
         EXPECT_FALSE(engineIsMated) << fen;
     }
