@@ -136,7 +136,7 @@ static u32 findSymbol(const streamData& d, u32 block, i32& value) {
 // Down the pairs to the leaf that holds the value. Spans are sums of those below, so this ends.
 static i32 leafValue(const streamData& d, u32 symbol, i32 value) {
     while (d.symbolSpan[symbol] != 0) {
-        const u8* pair = d.symbolPairs + 3 * symbol;
+        const u8* pair = d.symbolPairs + u64{3} * symbol;
         const u32 left = pairLeft(pair);
         const i32 span = d.symbolSpan[left];
         if (value <= span) {
@@ -146,7 +146,7 @@ static i32 leafValue(const streamData& d, u32 symbol, i32 value) {
             symbol = pairRight(pair);
         }
     }
-    return d.symbolPairs[3 * symbol];
+    return d.symbolPairs[u64{3} * symbol];
 }
 
 i32 decodeStream(const streamData& d, u64 idx) {

@@ -185,7 +185,7 @@ static bool computeSpan(SpanWork& work, u32 symbol, i32 level) {
     if (work.marks[symbol]) {
         return true;
     }
-    const u8* pair = d.symbolPairs + 3 * symbol;
+    const u8* pair = d.symbolPairs + u64{3} * symbol;
     const u32 left = pairLeft(pair);
     const u32 right = pairRight(pair);
     i32 span = 0;
@@ -292,7 +292,7 @@ static streamData* readStreamHeader(FileReader& file, u64 tbSize, StreamSizes& s
     stream->blockCount = blockCount;
     stream->sizeCount = u64{blockCount} + extraSizes;
     for (i32 i = 0; i < lengths; ++i) {
-        stream->offset[minCodeLength + i] = static_cast<u16>(littleEndian16(offsets + 2 * i));
+        stream->offset[minCodeLength + i] = static_cast<u16>(littleEndian16(offsets + i64{2} * i));
     }
     computeBases(*stream, maxCodeLength);
     if (!readSymbols(file, *stream)) {
