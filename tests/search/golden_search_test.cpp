@@ -23,7 +23,7 @@ constexpr bool isSlowBuild = false;
 
 // A sanitizer makes a node ten times as dear: there the iterations beyond this count are left out.
 constexpr u64 unlimited = ~u64{0};
-constexpr u64 nodesPerIteration = isSlowBuild ? 3000 : unlimited;
+constexpr u64 nodesPerIteration = isSlowBuild ? 20000 : unlimited;
 
 using Lines = std::vector<std::string>;
 
