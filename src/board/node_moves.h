@@ -121,19 +121,19 @@ inline constexpr std::array<u8, 64> cornerRights = [] {
     return attackersOfKing(p, p.pbq | p.nbk | p.rqk, king) != 0;
 }
 
-// Own men that stand alone between the own king on `king` and an enemy slider.
-[[nodiscard]] inline TBB pinnedMen(const Scacchiera& b, TBB occ, i32 king) {
-    const TBB enemy = occ ^ b.side;
+// Men of both colours that stand alone between the king on `king` and a slider of `attackers`.
+[[nodiscard]] inline TBB loneMenBefore(const Scacchiera& b, TBB occ, i32 king, TBB attackers) {
     TBB snipers =
-        ((rookAttacks(king, 0) & rooksAndQueens(b)) | (bishopAttacks(king, 0) & bishopsAndQueens(b))) & enemy;
-    TBB pinned = 0;
+        ((rookAttacks(king, 0) & rooksAndQueens(b)) | (bishopAttacks(king, 0) & bishopsAndQueens(b))) &
+        attackers;
+    TBB lone = 0;
     while (snipers != 0) {
         const TBB between = Between[king][popLowest(snipers)] & occ;
         if ((between & (between - 1)) == 0) {
-            pinned |= between;
+            lone |= between;
         }
     }
-    return pinned & b.side;
+    return lone;
 }
 
 // Whether the kind of move counts a repetition. Deliberate: a quiet bishop move does not look for one and keeps the
@@ -254,7 +254,8 @@ inline constexpr std::array<u8, 64> cornerRights = [] {
 
 // Writes the record of `move` above the current one, flipped, and steps `board` up. `after` is placementAfter.
 template <MakeDepth How>
-[[gnu::always_inline]] inline void writeRecord(const NodeMoves& n, const Placement& after, const MoveParts& move) {
+[[gnu::always_inline]] inline void writeRecord(const NodeMoves& n, const Placement& after,
+                                               const MoveParts& move) {
     const Scacchiera& old = *board;
     Scacchiera& next = board[1];
     const i32 kind = move.kind;
@@ -308,7 +309,7 @@ template <MakeDepth How>
     const i32 ownKing = kingSquare(ownKings);
     if (ownKing != noSquare) {
         const bool testAll = checkers != 0 || (ownKings & (ownKings - 1)) != 0;
-        n.mustTest = testAll ? ~TBB{0} : node::pinnedMen(b, n.occ, ownKing);
+        n.mustTest = testAll ? ~TBB{0} : node::loneMenBefore(b, n.occ, ownKing, n.occ ^ b.side) & b.side;
     }
     n.captureKings = node::kingTermsOfCapture(n.men, ownKing, kingSquare(byteSwap(kings(b) & ~b.side)));
     n.keyBase = b.hashKey ^ zobrist.side ^ zobrist.ep[b.epFile] ^ zobrist.castle[b.castleRights] ^

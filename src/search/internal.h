@@ -40,6 +40,10 @@ i16 rootSearch(RootList& rootList, i32 rootCount, i32 depth, i16 alpha, i16 beta
 i16 search(i16 depth, i16 ply, i16 alpha, i16 beta, PvLine& pv, i16 mateScore, i32 allowNull,
            i32 extendedLine, i16 tbMen);
 
+/// The same with `checkers`, what inCheck tells of the position, known to the caller.
+i16 searchNode(i16 depth, i16 ply, i16 alpha, i16 beta, PvLine& pv, i16 mateScore, i32 allowNull,
+               i32 extendedLine, i16 tbMen, TBB checkers);
+
 /// Settles the position at `board` by captures, promotions, some checks and all evasions. May return values outside
 /// the window, which itself may be inverted below a node in check.
 /// qDepth  0 from search, one less at each level
@@ -47,6 +51,8 @@ i16 quiescence(i16 qDepth, i16 alpha, i16 beta, i16 mateScore, i16 tbMen);
 
 /// The way into quiescence: draws by rule and stops first.
 i16 quiescenceGuard(i16 qDepth, i16 alpha, i16 beta, i16 mateScore, i16 tbMen);
+/// The same with `checkers`, what inCheck tells of the position, known to the caller.
+i16 quiescenceGuard(i16 qDepth, i16 alpha, i16 beta, i16 mateScore, i16 tbMen, TBB checkers);
 
 /// Whether the budget is used up. Reads the clock only when `nodes` is a multiple of 1024; sets stopSearch when true.
 [[nodiscard]] bool timeIsUp();
@@ -55,7 +61,7 @@ i16 quiescenceGuard(i16 qDepth, i16 alpha, i16 beta, i16 mateScore, i16 tbMen);
 [[nodiscard]] bool mustStop();
 
 /// Third occurrence, or the fifty-move rule passed. A mate by the hundredth ply still counts.
-[[nodiscard]] bool drawnByRule();
+[[nodiscard]] bool drawnByRule(TBB checkers);
 
 /// Puts `move` and the line under it into `pv`, stale words too.
 inline void copyLine(PvLine& pv, Mossa move, const PvLine& childLine) {

@@ -30,12 +30,14 @@ bool mustStop() {
     return EngineOptions.stopSearch == 1 || timeIsUp();
 }
 
-bool drawnByRule() {
-    return repetitionCount(*board) == 2 || board->rule50 > 100 || (board->rule50 == 100 && inCheck() == 0);
+bool drawnByRule(TBB checkers) {
+    return repetitionCount(*board) == 2 || board->rule50 > 100 || (board->rule50 == 100 && checkers == 0);
 }
 
-i16 quiescenceGuard(i16 qDepth, i16 alpha, i16 beta, i16 mateScore, i16 tbMen) {
-    if (drawnByRule()) {
+static i16 settle(i16 qDepth, i16 alpha, i16 beta, i16 mateScore, i16 tbMen, TBB checkers);
+
+i16 quiescenceGuard(i16 qDepth, i16 alpha, i16 beta, i16 mateScore, i16 tbMen, TBB checkers) {
+    if (drawnByRule(checkers)) {
         return 0;
     }
     if (mustStop()) {
@@ -44,7 +46,11 @@ i16 quiescenceGuard(i16 qDepth, i16 alpha, i16 beta, i16 mateScore, i16 tbMen) {
     if (board >= searchCeiling) {
         return evaluate();
     }
-    return quiescence(qDepth, alpha, beta, mateScore, tbMen);
+    return settle(qDepth, alpha, beta, mateScore, tbMen, checkers);
+}
+
+i16 quiescenceGuard(i16 qDepth, i16 alpha, i16 beta, i16 mateScore, i16 tbMen) {
+    return quiescenceGuard(qDepth, alpha, beta, mateScore, tbMen, inCheck());
 }
 
 namespace {
@@ -146,13 +152,13 @@ static bool firstMovesCutOff(QuietNode& node) {
     return captureCutsOff(node, captures);
 }
 
-i16 quiescence(i16 qDepth, i16 alpha, i16 beta, i16 mateScore, i16 tbMen) {
+static i16 settle(i16 qDepth, i16 alpha, i16 beta, i16 mateScore, i16 tbMen, TBB checkers) {
     QuietNode node;
     node.qDepth = qDepth;
     node.beta = beta;
     node.mateScore = mateScore;
     node.tbMen = tbMen;
-    node.inCheckNow = inCheck();
+    node.inCheckNow = checkers;
     const i16 balance = board->psqScore;
     if (node.inCheckNow == 0 && (balance > beta + lazyMargin || balance < alpha - lazyMargin)) {
         return balance;
@@ -176,4 +182,8 @@ i16 quiescence(i16 qDepth, i16 alpha, i16 beta, i16 mateScore, i16 tbMen) {
         return beta;
     }
     return node.best;
+}
+
+i16 quiescence(i16 qDepth, i16 alpha, i16 beta, i16 mateScore, i16 tbMen) {
+    return settle(qDepth, alpha, beta, mateScore, tbMen, inCheck());
 }

@@ -2,6 +2,7 @@
 // node in their order, each is a function above it. Mate distance travels as an argument, and the bound of the hash
 // slot, be it another position's, decides which pruning may run.
 #include "board/board.h"
+#include "board/node_checks.h"
 #include "board/node_moves.h"
 #include "eval/eval.h"
 #include "frontend/frontend.h"
@@ -31,7 +32,8 @@ struct SearchNode {
     bool noMoveYet;
     bool failLow;  // alpha not raised yet
     Mossa bestMove;
-    NodeMoves moves;   // what the making of the node's moves shares
+    std::array<Mossa, 2> absentKillers;  // known not to be in the quiet list
+    NodeMoves moves;                     // what the making of the node's moves shares
     PvLine childLine;  // cleared once: a child that writes no line leaves its elder sibling's
     MoveList captures;
     QuietList quiets;
@@ -157,10 +159,11 @@ static bool madeMove(const SearchNode& node, Mossa move) {
     return true;
 }
 
-static i16 searchChild(SearchNode& node, i32 reduction, i32 allowNull) {
-    return wrap16(-search(wrap16(node.depth + node.ext - 1 - reduction), wrap16(node.ply + 1),
-                          wrap16(-node.beta), wrap16(-node.alpha), node.childLine, wrap16(node.mateScore - 1),
-                          allowNull, node.extendedLine, node.tbMen));
+static i16 searchChild(SearchNode& node, i32 reduction, i32 allowNull, TBB checkers) {
+    return wrap16(-searchNode(wrap16(node.depth + node.ext - 1 - reduction), wrap16(node.ply + 1),
+                              wrap16(-node.beta), wrap16(-node.alpha), node.childLine,
+                              wrap16(node.mateScore - 1), allowNull, node.extendedLine, node.tbMen,
+                              checkers));
 }
 
 // Takes a score inside the window.
@@ -184,7 +187,7 @@ static bool hashMoveCutsOff(SearchNode& node) {
     if (!madeMove(node, move)) {
         return false;
     }
-    const i16 score = searchChild(node, 0, 0);
+    const i16 score = searchChild(node, 0, 0, inCheck());
     --board;
     node.noMoveYet = false;
     if (score <= node.alpha) {
@@ -228,7 +231,7 @@ static bool captureCutsOff(SearchNode& node) {
         if (!madeMove(node, move)) {
             continue;
         }
-        const i16 score = searchChild(node, 0, 1);
+        const i16 score = searchChild(node, 0, 1, inCheck());
         --board;
         node.noMoveYet = false;
         if (score > node.alpha) {
@@ -251,9 +254,12 @@ static i32& historyOf(i32 half, Mossa move) {
     return historyTable[half][moveFrom(move)][moveTo(move)];
 }
 
-// Brings the next quiet move to the end of the list and returns it.
-static Mossa takeQuiet(const SearchNode& node, QuietList& quiets) {
-    if (killerToEnd(node.ply, quiets) == 0) {
+// Brings the next quiet move to the end of the list and returns it. The list only shrinks, so killers that were not in
+// it need not be looked for again.
+static Mossa takeQuiet(SearchNode& node, QuietList& quiets) {
+    const auto& wanted = killers[node.ply];
+    if (wanted == node.absentKillers || killerToEnd(node.ply, quiets) == 0) {
+        node.absentKillers = wanted;
         historyToEnd(quiets);
     }
     return quiets.entries[quiets.count - 1];
@@ -274,15 +280,15 @@ static i32 lateReduction(const SearchNode& node, Mossa move) {
 }
 
 // Searches a quiet move that has been made; a reduced one that beats alpha once more in full.
-static i16 searchQuiet(SearchNode& node, Mossa move, i32 tried, bool givesCheck) {
-    if (isLateQuiet(node, tried, givesCheck)) {
+static i16 searchQuiet(SearchNode& node, Mossa move, i32 tried, TBB checkers) {
+    if (isLateQuiet(node, tried, checkers != 0)) {
         const i32 reduction = lateReduction(node, move);
-        const i16 score = searchChild(node, reduction, 0);
+        const i16 score = searchChild(node, reduction, 0, checkers);
         if (score <= node.alpha) {
             return score;
         }
     }
-    return searchChild(node, 0, 1);
+    return searchChild(node, 0, 1, checkers);
 }
 
 static void rewardQuiet(const SearchNode& node, Mossa move) {
@@ -299,23 +305,30 @@ static bool quietMoveCutsOff(SearchNode& node) {
     if (hasHashMove(node)) {
         dropFromQuiets(node.slot.move, quiets);
     }
+    const CheckSets checks = checkSets(node.moves);
     const bool prune = node.futile && node.ext == 0;
     i32 tried = 0;
     for (; quiets.count > 0; --quiets.count) {
         const Mossa move = takeQuiet(node, quiets);
+        // Most often the next move of the list: its slot comes while this one is searched.
         if (quiets.count > 1) {
             hashPrefetch(keyAfter(node.moves, quiets.entries[quiets.count - 2]));
+        }
+        const bool mayCheck = mayGiveCheck(checks, move);
+        if (prune && !mayCheck) {
+            ++SearchInfo.nodes;  // it counts as made
+            continue;
         }
         if (!madeMove(node, move)) {
             continue;
         }
-        const bool givesCheck = inCheck() != 0;
-        if (prune && !givesCheck) {
+        const TBB checkers = mayCheck ? inCheck() : 0;
+        if (prune && checkers == 0) {
             --board;
             continue;
         }
         ++tried;
-        const i16 score = searchQuiet(node, move, tried, givesCheck);
+        const i16 score = searchQuiet(node, move, tried, checkers);
         --board;
         node.noMoveYet = false;
         if (score > node.alpha) {
@@ -342,23 +355,24 @@ static i16 closeNode(const SearchNode& node) {
 
 // ---- the node -------------------------------------------------------------------------------------------------
 
-static void enterNode(SearchNode& node) {
+static void enterNode(SearchNode& node, TBB checkers) {
     node.men = popCount(occupied(*board));
-    node.inCheckNow = inCheck();
+    node.inCheckNow = checkers;
     node.ext = 0;
     node.futile = false;
     node.noMoveYet = true;
     node.failLow = true;
     node.bestMove = 0;
+    node.absentKillers = {};
 }
 
-i16 search(i16 depth, i16 ply, i16 alpha, i16 beta, PvLine& pv, i16 mateScore, i32 allowNull,
-           i32 extendedLine, i16 tbMen) {
-    if (drawnByRule()) {
+i16 searchNode(i16 depth, i16 ply, i16 alpha, i16 beta, PvLine& pv, i16 mateScore, i32 allowNull,
+               i32 extendedLine, i16 tbMen, TBB checkers) {
+    if (drawnByRule(checkers)) {
         return 0;
     }
     if (ply >= plyLimit || board >= searchCeiling) {
-        return quiescenceGuard(0, alpha, beta, mateScore, tbMen);
+        return quiescenceGuard(0, alpha, beta, mateScore, tbMen, checkers);
     }
     SearchNode node;
     node.depth = depth;
@@ -370,7 +384,7 @@ i16 search(i16 depth, i16 ply, i16 alpha, i16 beta, PvLine& pv, i16 mateScore, i
     node.allowNull = allowNull;
     node.extendedLine = extendedLine;
     node.pv = &pv;
-    enterNode(node);
+    enterNode(node, checkers);
 
     if (mateDistanceCloses(node)) {
         return node.alpha;
@@ -388,7 +402,7 @@ i16 search(i16 depth, i16 ply, i16 alpha, i16 beta, PvLine& pv, i16 mateScore, i
     }
     if (depth == 0) {
         EngineOptions.kingDanger = 0;
-        value = quiescenceGuard(0, node.alpha, node.beta, mateScore, tbMen);
+        value = quiescenceGuard(0, node.alpha, node.beta, mateScore, tbMen, checkers);
         if (node.inCheckNow == 0 || EngineOptions.kingDanger == 0) {
             return value;
         }
@@ -417,4 +431,9 @@ i16 search(i16 depth, i16 ply, i16 alpha, i16 beta, PvLine& pv, i16 mateScore, i
         return node.beta;
     }
     return closeNode(node);
+}
+
+i16 search(i16 depth, i16 ply, i16 alpha, i16 beta, PvLine& pv, i16 mateScore, i32 allowNull,
+           i32 extendedLine, i16 tbMen) {
+    return searchNode(depth, ply, alpha, beta, pv, mateScore, allowNull, extendedLine, tbMen, inCheck());
 }
