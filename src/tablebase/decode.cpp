@@ -4,6 +4,8 @@
 
 #include "tablebase/bytes.h"
 
+#include <algorithm>
+
 constexpr i32 damaged = -1;
 // An index point leads close to the block: real files step over a few.
 constexpr i32 blockStepsMax = 1 << 16;
@@ -66,8 +68,8 @@ struct BitStream {
 
 }  // namespace
 
-static FirstCode readCode(const streamData& d, u64 code) {
-    i32 length = d.minCodeLength;
+// The first symbol, whose code is known to have at least `length` bits.
+static FirstCode readCode(const streamData& d, u64 code, i32 length) {
     while (code < d.base[length]) {
         ++length;
     }
@@ -77,7 +79,11 @@ static FirstCode readCode(const streamData& d, u64 code) {
 static StreamHead headOf(const streamData& d, u64 code) {
     StreamHead head{};
     for (;;) {
-        const FirstCode first = readCode(d, code);
+        const FirstCode first = readCode(d, code, d.minCodeLength);
+        if (head.length == 0) {
+            head.firstLength =
+                static_cast<u8>(std::min(first.length, std::max(headBits + 1, d.minCodeLength)));
+        }
         if (head.length + first.length > headBits || first.symbol >= d.symbolCount) {
             return head;
         }
@@ -120,7 +126,7 @@ static u32 findSymbol(const streamData& d, u32 block, i32& value) {
             skipBits(d, stream, head.length);
             continue;
         }
-        const FirstCode first = readCode(d, stream.code);
+        const FirstCode first = readCode(d, stream.code, head.firstLength);
         if (first.symbol >= d.symbolCount) {
             return d.symbolCount;
         }
@@ -133,18 +139,16 @@ static u32 findSymbol(const streamData& d, u32 block, i32& value) {
     }
 }
 
-// Down the pairs to the leaf that holds the value. Spans are sums of those below, so this ends.
+// Down the pairs to the leaf that holds the value. Spans are sums of those below, so this ends. Written without a
+// branch on the value, which nothing foretells.
 static i32 leafValue(const streamData& d, u32 symbol, i32 value) {
     while (d.symbolSpan[symbol] != 0) {
         const u8* pair = d.symbolPairs + u64{3} * symbol;
         const u32 left = pairLeft(pair);
-        const i32 span = d.symbolSpan[left];
-        if (value <= span) {
-            symbol = left;
-        } else {
-            value -= span + 1;
-            symbol = pairRight(pair);
-        }
+        const i32 leftValues = d.symbolSpan[left] + 1;
+        const bool isRight = value >= leftValues;
+        value -= leftValues & -static_cast<i32>(isRight);
+        symbol = left ^ ((left ^ pairRight(pair)) & (0U - static_cast<u32>(isRight)));
     }
     return d.symbolPairs[u64{3} * symbol];
 }

@@ -26,12 +26,13 @@ struct TableMaterial {
     u8 pawns[2];             // pawns of the side whose pawns lead, and of the other
 };
 
-constexpr i32 headBits = 9;
+constexpr i32 headBits = 10;
 
-/// The symbols that end within the first headBits bits of a bit stream.
+/// What the first headBits bits of a bit stream tell.
 struct StreamHead {
-    u16 values;  // of all of them
-    u8 length;   // bits of all of them; 0: not even the first ends there
+    u16 values;      // of all symbols that end within them
+    u8 length;       // bits of those symbols; 0: not even the first ends there
+    u8 firstLength;  // bits of the first symbol, or headBits + 1 if it needs more
 };
 
 /// One compressed stream. Refers into the mapping; the allocation ends with one span for each symbol.
