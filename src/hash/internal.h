@@ -4,9 +4,33 @@
 #include "platform/bits.h"
 
 #include <algorithm>
+#include <cstddef>
 
 constexpr u64 defaultHashEntries = 268435456;     // 4096 MB
 constexpr u64 defaultPawnHashEntries = 11184810;  // 256 MB
+
+/// Tables up to this size are soon touched everywhere: there large pages save address look-ups. In a larger one each of
+/// them costs milliseconds when it is touched first, a search's first thousands of nodes in all.
+constexpr std::size_t largePagesUpTo = std::size_t{64} << 20;
+
+/// A number of records, with what makes the remainder by it quick.
+struct RecordCount {
+    u64 count;
+    u64 reciprocal;  // (2^64 - 1) / count
+};
+
+constexpr RecordCount recordCount(u64 count) {
+    return {count, ~u64{0} / count};
+}
+
+__extension__ using u128 = unsigned __int128;
+
+/// `key` modulo the number of records, exactly: the quotient by the reciprocal is right or one too small.
+[[nodiscard]] constexpr u64 slotIndex(u64 key, const RecordCount& records) {
+    const u64 quotient = static_cast<u64>(u128{key} * records.reciprocal >> 64);
+    const u64 remainder = key - quotient * records.count;
+    return remainder < records.count ? remainder : remainder - records.count;
+}
 
 /// Allocates what can be had of a table of which `wanted` records cannot: at most `most`, halved until it succeeds.
 /// Returns the number of records, 0 if not even a small table can be had.

@@ -14,7 +14,7 @@ static constinit hashPawn loneRecord{};
 
 // What is really held, whatever the options say.
 static constinit hashPawn* pawnHashTable = &loneRecord;
-static constinit u64 recordsHeld = 1;
+static constinit RecordCount recordsHeld = recordCount(1);
 
 // ---- key ------------------------------------------------------------------------------------------------------
 
@@ -69,7 +69,7 @@ static u64 keyAtBoard() {
 // ---- records --------------------------------------------------------------------------------------------------
 
 hashPawn& pawnHashSlot(u64 key) {
-    return pawnHashTable[key % recordsHeld];
+    return pawnHashTable[slotIndex(key, recordsHeld)];
 }
 
 i32 pawnHashProbe(hashPawn& recordCopy) {
@@ -89,7 +89,7 @@ void pawnHashStore(i16 pawnScore, TBB passedPawns, u8 healthyPawns) {
 
 u64 pawnHashFilled() {
     u64 filled = 0;
-    for (u64 i = 0; i < recordsHeld; ++i) {
+    for (u64 i = 0; i < recordsHeld.count; ++i) {
         filled += pawnHashTable[i].pawnKey != 0 ? 1 : 0;
     }
     return filled;
@@ -98,7 +98,7 @@ u64 pawnHashFilled() {
 // ---- memory ---------------------------------------------------------------------------------------------------
 
 static std::size_t tableBytes() {
-    return recordsHeld * sizeof(hashPawn);
+    return recordsHeld.count * sizeof(hashPawn);
 }
 
 static void freeTable() {
@@ -106,18 +106,19 @@ static void freeTable() {
         freePages(pawnHashTable, tableBytes());
     }
     pawnHashTable = &loneRecord;
-    recordsHeld = 1;
+    recordsHeld = recordCount(1);
     loneRecord = {};
 }
 
 static bool allocateTable(u64 entries) {
     const bool countable = entries <= std::numeric_limits<std::size_t>::max() / sizeof(hashPawn);
-    void* memory = countable ? allocatePages(entries * sizeof(hashPawn), true) : nullptr;
+    const std::size_t bytes = countable ? entries * sizeof(hashPawn) : 0;
+    void* memory = allocatePages(bytes, bytes <= largePagesUpTo);
     if (memory == nullptr) {
         return false;
     }
     pawnHashTable = static_cast<hashPawn*>(memory);
-    recordsHeld = entries;
+    recordsHeld = recordCount(entries);
     return true;
 }
 

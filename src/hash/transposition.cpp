@@ -28,10 +28,6 @@ constexpr Mossa firstGeneration = generationAfter(0);
 constexpr u64 pageRecords = 4096 / sizeof(ys_hash);
 constexpr u64 pagesPerWord = 64;
 
-// Tables up to this size are soon touched everywhere: there large pages save address look-ups. In a larger one each of
-// them would cost a search of a second far more than it gives.
-constexpr std::size_t largePagesUpTo = std::size_t{64} << 20;
-
 // Pages are given back in stretches of this size, a multiple of every page size.
 constexpr u64 stretchBytes = 65536;
 
@@ -40,18 +36,16 @@ static constinit ys_hash soleRecord{};
 static constinit u64 solePage = 0;
 
 static constinit ys_hash* hashTable = &soleRecord;
-static constinit u64* writtenPages = &solePage;       // a bit for each page of `hashTable`
-static constinit u64 heldEntries = 1;                 // records that `hashTable` has
-static constinit u64 hashEntries = 1;                 // records in use, not more than those held
-static constinit u64 reciprocal = ~u64{0};            // (2^64 - 1) / hashEntries
-static constinit Mossa generation = firstGeneration;  // spread over the spare bits
+static constinit u64* writtenPages = &solePage;              // a bit for each page of `hashTable`
+static constinit u64 heldEntries = 1;                        // records that `hashTable` has
+static constinit RecordCount recordsInUse = recordCount(1);  // not more than those held
+static constinit Mossa generation = firstGeneration;         // spread over the spare bits
 static constinit u64 generationNumber = 1;
 
 // ---- memory ---------------------------------------------------------------------------------------------------
 
 static void useEntries(u64 entries) {
-    hashEntries = std::clamp(entries, u64{1}, heldEntries);
-    reciprocal = ~u64{0} / hashEntries;
+    recordsInUse = recordCount(std::clamp(entries, u64{1}, heldEntries));
 }
 
 static void holdTable(ys_hash* table, u64* pages, u64 entries) {
@@ -144,13 +138,8 @@ void hashClear(u64 entries) {
 
 // ---- records --------------------------------------------------------------------------------------------------
 
-__extension__ using u128 = unsigned __int128;
-
-// `key` modulo the number of records, exactly: the quotient by the reciprocal is right or one too small.
 static u64 slotIndex(u64 key) {
-    const u64 quotient = static_cast<u64>(u128{key} * reciprocal >> 64);
-    const u64 remainder = key - quotient * hashEntries;
-    return remainder < hashEntries ? remainder : remainder - hashEntries;
+    return slotIndex(key, recordsInUse);
 }
 
 static bool isCurrent(const ys_hash& stored) {
