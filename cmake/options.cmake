@@ -45,5 +45,19 @@ else()
     message(STATUS "No link-time optimisation: ${TARVELMON_IPO_REASON}")
   elseif(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
     set(CMAKE_INTERPROCEDURAL_OPTIMIZATION ON)
+    # Linking every test with link-time optimisation takes longer than all compilation. With GCC the objects hold plain
+    # code too, and the tests link that; the program under test stays the optimised one.
+    if(TARVELMON_TESTS AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+      set(CMAKE_CXX_COMPILE_OPTIONS_IPO -flto=auto -ffat-lto-objects)
+      set(TARVELMON_PLAIN_LINK ON)
+    endif()
   endif()
 endif()
+
+# Links a program that need not be fast without link-time optimisation, where that is possible.
+function(link_plainly program)
+  if(TARVELMON_PLAIN_LINK)
+    set_target_properties(${program} PROPERTIES INTERPROCEDURAL_OPTIMIZATION OFF)
+    target_link_options(${program} PRIVATE -fno-lto)
+  endif()
+endfunction()

@@ -141,6 +141,7 @@ class ConfigTest(unittest.TestCase):
         self.assertIn("bookFile:           %s%n%d\n", shown)
         self.assertIn("SyzygyPath:         %s%n%d\n", shown)
         engine.ask("book")
+        self.assertEqual(engine.quit(), 0)
         self.assertIn("%s%n%d: ", engine.errors)
 
     def test_depths_that_exclude_each_other_end(self):
