@@ -38,6 +38,9 @@ else()
     -fstack-protector-strong $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE$<SEMICOLON>-D_FORTIFY_SOURCE=2>)
   if(UNIX AND NOT APPLE)
     target_link_options(tarvelmon-options INTERFACE -Wl,-z,relro,-z,now)
+  elseif(MINGW)
+    # The stack protector is a library there; and the main thread's stack, on which the search recurs, is small.
+    target_link_options(tarvelmon-options INTERFACE -fstack-protector-strong -static -Wl,--stack,16777216)
   endif()
   # Making a move is inlined into the loops of other files only by the linker.
   check_ipo_supported(RESULT TARVELMON_HAS_IPO OUTPUT TARVELMON_IPO_REASON LANGUAGES CXX)

@@ -1,7 +1,9 @@
 // The Windows side of platform.h.
 #include "platform/platform.h"
 
+#if !defined(NOMINMAX)
 #define NOMINMAX
+#endif
 #include <windows.h>
 
 #include <fcntl.h>

@@ -14,8 +14,8 @@ constexpr i32 wdlToMapList[5] = {1, 3, 0, 2, 0};  // which value map is used
 constexpr u8 wdlPlyFlag[5] = {DTZ_LOSS_PLIES, 0, 0, 0,
                               DTZ_WIN_PLIES};  // set: distances are in plies, not pairs
 
-// Guards the first use of a WDL table; a ready one is read without it.
-static constinit std::mutex tbMutex;
+// Guards the first use of a WDL table; a ready one is read without it. Not constinit: some systems construct it.
+static std::mutex tbMutex;
 
 bool tablesCanHold(const Scacchiera& b) {
     const TBB ownKings = kings(b) & b.side;
