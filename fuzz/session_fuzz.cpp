@@ -23,6 +23,9 @@ struct SessionFolder {
         std::filesystem::create_directories(path / "TestSyzygy");
         std::filesystem::current_path(path);
         std::ofstream(path / "TestSyzygy" / "TestCase_09.txt") << "8/8/8/8/8/8/8/K1k5 w - - 0 1,0,0\n,,\nx\n";
+        // One record: e2e4 in the start position.
+        std::ofstream(path / "book.bin", std::ios::binary)
+            << std::string_view("\x46\x3B\x96\x18\x16\x91\xFC\x9C\x03\x1C\0\1\0\0\0\0", 16);
         std::ofstream(path / "tarvelmon.ini")
             << "[ENGINE]\nHashSize=1\nPawnHashSize=1\nMaxTime=20\n[TABLEBASE]\nSyzygyPath=none\n";
         startSearchWatchdog();
