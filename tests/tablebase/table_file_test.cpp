@@ -22,6 +22,7 @@ tbEntry& entryOf(const std::string& name) {
 std::string load(const std::string& name, i32& loaded) {
     testing::internal::CaptureStdout();
     loaded = loadTableWdl(entryOf(name), name.c_str());
+    entryOf(name).ready = static_cast<u8>(loaded);
     return testing::internal::GetCapturedStdout();
 }
 
