@@ -122,9 +122,22 @@ static bool captureCutsOff(QuietNode& node, MoveList& captures) {
     return false;
 }
 
-static bool checkCutsOff(QuietNode& node) {
+// Not inlined, here and below, so that a list takes room on the machine stack only while its moves are searched.
+[[gnu::noinline]] static bool captureStageCutsOff(QuietNode& node) {
+    MoveList captures;
+    genCaptures(captures);
+    return captureCutsOff(node, captures);
+}
+
+[[gnu::noinline]] static bool evasionCutsOff(QuietNode& node) {
+    MoveList captures;
+    QuietList quiets;
+    genEvasions(node.inCheckNow, captures, quiets);
+    return quietEvasionCutsOff(node, quiets) || captureCutsOff(node, captures);
+}
+
+[[gnu::noinline]] static bool checkCutsOff(QuietNode& node) {
     QuietList checks;
-    checks.count = 0;
     genChecks(checks);
     for (i32 i = checks.count - 1; i >= 0; --i) {
         const Mossa move = checks.entries[i];
@@ -133,23 +146,6 @@ static bool checkCutsOff(QuietNode& node) {
         }
     }
     return false;
-}
-
-// The captures, and in check the quiet evasions before them.
-static bool firstMovesCutOff(QuietNode& node) {
-    MoveList captures;
-    captures.count = 0;
-    if (node.inCheckNow != 0) {
-        QuietList quiets;
-        quiets.count = 0;
-        genEvasions(node.inCheckNow, captures, quiets);
-        if (quietEvasionCutsOff(node, quiets)) {
-            return true;
-        }
-    } else {
-        genCaptures(captures);
-    }
-    return captureCutsOff(node, captures);
 }
 
 static i16 settle(i16 qDepth, i16 alpha, i16 beta, i16 mateScore, i16 tbMen, TBB checkers) {
@@ -175,7 +171,7 @@ static i16 settle(i16 qDepth, i16 alpha, i16 beta, i16 mateScore, i16 tbMen, TBB
     // Deliberate: the side in check may stand pat too. So a mate gives no mate score here.
     node.best = alpha > node.standPat ? alpha : node.standPat;
     node.moves = nodeMoves(node.inCheckNow);
-    if (firstMovesCutOff(node)) {
+    if (node.inCheckNow != 0 ? evasionCutsOff(node) : captureStageCutsOff(node)) {
         return beta;
     }
     if (qDepth >= lastCheckLevel && checkCutsOff(node)) {

@@ -35,8 +35,6 @@ struct SearchNode {
     std::array<Mossa, 2> absentKillers;  // known not to be in the quiet list
     NodeMoves moves;                     // what the making of the node's moves shares
     PvLine childLine;  // cleared once: a child that writes no line leaves its elder sibling's
-    MoveList captures;
-    QuietList quiets;
 };
 
 }  // namespace
@@ -200,34 +198,13 @@ static bool hashMoveCutsOff(SearchNode& node) {
     return false;
 }
 
-// In check all evasions at once; a single one extends the node, even if it is the hash move searched already.
-static void generate(SearchNode& node) {
-    node.captures.count = 0;
-    node.quiets.count = 0;
-    if (node.inCheckNow == 0) {
-        genCaptures(node.captures);
-        return;
-    }
-    genEvasions(node.inCheckNow, node.captures, node.quiets);
-    if (node.captures.count + node.quiets.count == 1) {
-        node.ext = 2;
-        node.extendedLine = 1;
-    }
-}
-
-static bool captureCutsOff(SearchNode& node) {
-    MoveList& captures = node.captures;
+static bool captureCutsOff(SearchNode& node, MoveList& captures) {
     if (hasHashMove(node)) {
         dropFromCaptures(node.slot.move, captures);
     }
-    Mossa next = captures.count > 0 ? pickBest(captures) : 0;
     while (captures.count > 0) {
-        const Mossa move = next;
+        const Mossa move = pickBest(captures);
         --captures.count;
-        if (captures.count > 0) {
-            next = pickBest(captures);
-            hashPrefetch(keyAfter(node.moves, next));
-        }
         if (!madeMove(node, move)) {
             continue;
         }
@@ -297,11 +274,7 @@ static void rewardQuiet(const SearchNode& node, Mossa move) {
     saveKiller(node.ply, move);
 }
 
-static bool quietMoveCutsOff(SearchNode& node) {
-    QuietList& quiets = node.quiets;
-    if (node.inCheckNow == 0) {
-        genQuiets(quiets);
-    }
+static bool quietMoveCutsOff(SearchNode& node, QuietList& quiets) {
     if (hasHashMove(node)) {
         dropFromQuiets(node.slot.move, quiets);
     }
@@ -341,6 +314,36 @@ static bool quietMoveCutsOff(SearchNode& node) {
         }
     }
     return false;
+}
+
+// Captures first: a cut-off by one of them spares the generation of the others. Not inlined, here and below, so that
+// a list takes room on the machine stack only while its moves are searched.
+[[gnu::noinline]] static bool captureStageCutsOff(SearchNode& node) {
+    MoveList captures;
+    genCaptures(captures);
+    return captureCutsOff(node, captures);
+}
+
+[[gnu::noinline]] static bool quietStageCutsOff(SearchNode& node) {
+    QuietList quiets;
+    genQuiets(quiets);
+    return quietMoveCutsOff(node, quiets);
+}
+
+// In check all evasions at once; a single one extends the node, even if it is the hash move searched already.
+[[gnu::noinline]] static bool evasionCutsOff(SearchNode& node) {
+    MoveList captures;
+    QuietList quiets;
+    genEvasions(node.inCheckNow, captures, quiets);
+    if (captures.count + quiets.count == 1) {
+        node.ext = 2;
+        node.extendedLine = 1;
+    }
+    return captureCutsOff(node, captures) || quietMoveCutsOff(node, quiets);
+}
+
+static bool moveCutsOff(SearchNode& node) {
+    return node.inCheckNow != 0 ? evasionCutsOff(node) : captureStageCutsOff(node) || quietStageCutsOff(node);
 }
 
 // Deliberate: a node all of whose moves were pruned is taken for a stalemate.
@@ -426,8 +429,7 @@ i16 searchNode(i16 depth, i16 ply, i16 alpha, i16 beta, PvLine& pv, i16 mateScor
     if (hasHashMove(node) && hashMoveCutsOff(node)) {
         return node.beta;
     }
-    generate(node);
-    if (captureCutsOff(node) || quietMoveCutsOff(node)) {
+    if (moveCutsOff(node)) {
         return node.beta;
     }
     return closeNode(node);
