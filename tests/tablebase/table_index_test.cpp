@@ -328,7 +328,8 @@ TEST(TableIndex, KingPairsOnTheLongDiagonalComeLast) {
 TEST(TableIndex, ThePawnsThatLeadHaveOneNumberForEachClassOfMirrorImages) {
     std::mt19937 random(5);
     for (const i32 count : {1, 2, 3, 4}) {
-        const std::string name = "K" + std::string(static_cast<std::size_t>(count), 'P') + "vK";
+        std::string name = "K";
+        name.append(static_cast<std::size_t>(count), 'P').append("vK");
         std::vector<i32> squares(48);
         std::iota(squares.begin(), squares.end(), 8);
         std::array<Layout, 4> layouts;

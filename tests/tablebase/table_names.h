@@ -44,7 +44,7 @@ inline std::vector<std::string> tableNames(int menMax) {
             for (const std::string& a : menBeside(first)) {
                 for (const std::string& b : menBeside(men - 2 - first)) {
                     if (namedFirst(a, b)) {
-                        names.push_back("K" + a + "vK" + b);
+                        names.push_back(std::string("K").append(a).append("vK").append(b));
                     }
                 }
             }
