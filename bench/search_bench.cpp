@@ -58,6 +58,6 @@ int main(int argc, char** argv) {
         printRate(fixedSearches[i].name, fixedSearches[i].nodes, seconds[i]);
     }
     printRate("all", signature, roundSeconds);
-    std::printf("signature %llu\n", static_cast<unsigned long long>(signature));
+    std::printf("signature %llu, compiler %s\n", static_cast<unsigned long long>(signature), __VERSION__);
     return asExpected && signature == searchSignature ? 0 : 1;
 }
