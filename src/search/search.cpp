@@ -1,5 +1,5 @@
-// The recursive search: fail-hard alpha-beta with the full window at every node. `search` lists the decisions of a
-// node in their order, each is a function above it. Mate distance travels as an argument, and the bound of the hash
+// The recursive search: fail-hard alpha-beta with the full window at every node. `searchNode` lists the decisions of
+// a node in their order, each is a function above it. Mate distance travels as an argument, and the bound of the hash
 // slot, be it another position's, decides which pruning may run.
 #include "board/board.h"
 #include "board/node_checks.h"
@@ -83,6 +83,7 @@ static bool isShallow(const SearchNode& node) {
 
 // Centipawns that a quiet move may win at depths 1 to 3: more as men leave the board. Single precision, truncated.
 static i32 futilityMargin(i32 depth, i32 men) {
+    assert(men > 0);  // a move has led here
     constexpr std::array<float, 4> marginAt18Men = {0.0F, 500.0F, 890.0F, 1600.0F};
     return static_cast<i32>(18.0F / static_cast<float>(men) * marginAt18Men[depth]);
 }
