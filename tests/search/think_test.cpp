@@ -334,14 +334,18 @@ TEST(Think, WithoutALegalMoveTheDeepestLimitEndsToo) {
 
 // ---- tablebases at the root -----------------------------------------------------------------------------------
 
+void registerTables(const char* path) {
+    testing::internal::CaptureStdout();
+    tbInit(path);
+    testing::internal::GetCapturedStdout();
+}
+
 TEST(Think, AWonRootIsShownAsSuchAndSearchedWithoutFurtherProbes) {
     const char* const path = std::getenv("TARVELMON_SYZYGY_PATH");
     if (path == nullptr) {
         GTEST_SKIP() << "TARVELMON_SYZYGY_PATH names no tables";
     }
-    testing::internal::CaptureStdout();
-    tbInit(path);
-    testing::internal::GetCapturedStdout();
+    registerTables(path);
     setUpFreshState("8/8/8/8/3k4/8/8/KR6 w - - 0 1");
     EngineOptions.syzygy = 1;
     EngineOptions.maxDepth = 4;
@@ -354,12 +358,13 @@ TEST(Think, AWonRootIsShownAsSuchAndSearchedWithoutFurtherProbes) {
     rootMoves(list, count);
     i32 tbScore = 0;
     i32 dtz = 0;
-    ASSERT_EQ(rootProbe(list, count, tbScore, dtz), 1);
+    EXPECT_EQ(rootProbe(list, count, tbScore, dtz), 1);
     bool kept = false;
     for (i32 i = 0; i < count; ++i) {
         kept |= list[i].move == thought.move;
     }
     EXPECT_TRUE(kept) << "the move is one that keeps the win";
+    registerTables("no such folder");
 }
 
 }  // namespace
