@@ -1,0 +1,56 @@
+// Pages of memory, and the clock.
+#include "platform/platform.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <limits>
+#include <thread>
+
+constexpr std::size_t bytes = std::size_t{3} << 20;
+
+static bool isZero(const void* memory) {
+    const u8* begin = static_cast<const u8*>(memory);
+    return std::all_of(begin, begin + bytes, [](u8 byte) { return byte == 0; });
+}
+
+TEST(Pages, AreZeroAtFirstAndAgainAfterZeroing) {
+    for (const bool large : {false, true}) {
+        void* memory = allocatePages(bytes, large);
+        ASSERT_NE(memory, nullptr);
+        EXPECT_TRUE(isZero(memory));
+        std::fill_n(static_cast<u8*>(memory), bytes, u8{0xAB});
+        zeroPages(memory, bytes);
+        EXPECT_TRUE(isZero(memory));
+        freePages(memory, bytes);
+    }
+}
+
+TEST(Pages, ThatCannotBeHadAreRefused) {
+    EXPECT_EQ(allocatePages(0, false), nullptr);
+    EXPECT_EQ(allocatePages(std::numeric_limits<std::size_t>::max(), false), nullptr);
+    EXPECT_EQ(allocatePages(std::size_t{1} << 60, true), nullptr);
+}
+
+TEST(Pages, FreeingNothingIsAllowed) {
+    freePages(nullptr, bytes);
+}
+
+TEST(Clock, CountsMillisecondsForward) {
+    const i32 start = nowMs();
+    const auto begun = std::chrono::steady_clock::now();
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    const i32 counted = elapsedMs(start);
+    const auto passed =
+        std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - begun);
+    EXPECT_GE(counted, 19);
+    EXPECT_LE(counted, passed.count() + 1);
+}
+
+TEST(Clock, DifferencesAreRightAcrossTheWrap) {
+    // A start that lies further back than the counter's whole range of positive numbers.
+    const i32 now = nowMs();
+    const i32 start = static_cast<i32>(static_cast<u32>(now) - 0x7FFFFF00U);
+    EXPECT_GE(elapsedMs(start), 0x7FFFFF00);
+}

@@ -1,0 +1,135 @@
+// Lines out and lines in.
+#include "platform/print.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <map>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+TEST(Print, TextWaitsForItsNewline) {
+    testing::internal::CaptureStdout();
+    print("%d", 12);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    testing::internal::CaptureStdout();
+    print("%s\nrest", "34");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "1234\n");
+    testing::internal::CaptureStdout();
+    flushOutput();
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "rest");
+    testing::internal::CaptureStdout();
+    flushOutput();
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+}
+
+TEST(Print, TextOfAnyLengthIsWhole) {
+    for (const std::size_t length : {510, 511, 512, 513, 100000}) {
+        const std::string text(length, 'y');
+        testing::internal::CaptureStdout();
+        print("%s\n", text.c_str());
+        EXPECT_EQ(testing::internal::GetCapturedStdout(), text + "\n");
+    }
+}
+
+TEST(Print, ThreadsNeverMixTheirLines) {
+    constexpr int threadCount = 4;
+    constexpr int linesEach = 500;
+    testing::internal::CaptureStdout();
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < threadCount; ++thread) {
+        threads.emplace_back([thread] {
+            for (int line = 0; line < linesEach; ++line) {
+                print("%d ", thread);
+                print("%d", line);
+                print(" end\n");
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    std::istringstream output(testing::internal::GetCapturedStdout());
+    std::map<int, int> next;
+    for (std::string line; std::getline(output, line);) {
+        int thread = -1;
+        int number = -1;
+        ASSERT_EQ(std::sscanf(line.c_str(), "%d %d", &thread, &number), 2) << line;
+        EXPECT_EQ(line, std::to_string(thread) + " " + std::to_string(number) + " end");
+        EXPECT_EQ(number, next[thread]++);
+    }
+    for (int thread = 0; thread < threadCount; ++thread) {
+        EXPECT_EQ(next[thread], linesEach);
+    }
+}
+
+// Lets standard input read from a text for as long as it lives.
+struct InputText {
+    explicit InputText(const std::string& text) : former(dup(STDIN_FILENO)), file(std::tmpfile()) {
+        std::fwrite(text.data(), 1, text.size(), file);
+        std::rewind(file);
+        dup2(fileno(file), STDIN_FILENO);
+        std::clearerr(stdin);
+        std::setvbuf(stdin, nullptr, _IONBF, 0);
+    }
+    InputText(const InputText&) = delete;
+    InputText& operator=(const InputText&) = delete;
+    ~InputText() {
+        dup2(former, STDIN_FILENO);
+        close(former);
+        std::fclose(file);
+        std::clearerr(stdin);
+    }
+    int former;
+    std::FILE* file;
+};
+
+static std::vector<std::string> linesOf(const std::string& text) {
+    const InputText input(text);
+    std::vector<std::string> lines;
+    char line[lineBufferSize];
+    while (readLine(line)) {
+        lines.emplace_back(line);
+    }
+    return lines;
+}
+
+struct LineCase {
+    const char* name;
+    std::string text;
+    std::vector<std::string> lines;
+};
+
+TEST(ReadLine, GivesTheLinesOfAnyInput) {
+    const LineCase cases[] = {
+        {"nothing", "", {}},
+        {"an empty line", "\n", {""}},
+        {"two lines", "one\ntwo\n", {"one", "two"}},
+        {"a last line without newline", "one\ntwo", {"one", "two"}},
+        {"a carriage return before the newline", "one\r\n\r\ntwo\rthree\n", {"one", "", "two\rthree"}},
+        {"a carriage return at the end of input stays", "one\r", {"one\r"}},
+        {"255 characters and a newline are two lines",
+         std::string(255, 'a') + "\n",
+         {std::string(255, 'a'), ""}},
+        {"254 characters and a newline are one", std::string(254, 'a') + "\n", {std::string(254, 'a')}},
+        {"the rest of a longer line comes next",
+         std::string(300, 'a') + "\nb\n",
+         {std::string(255, 'a'), std::string(45, 'a'), "b"}},
+        {"a NUL cuts its line", std::string("on\0e\ntwo\n", 9), {"on", "two"}},
+    };
+    for (const LineCase& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(linesOf(c.text), c.lines);
+    }
+}
+
+TEST(ReadLine, ClearsTheBufferBehindTheLine) {
+    const InputText input("a long line\nb\n");
+    char line[lineBufferSize];
+    ASSERT_TRUE(readLine(line));
+    ASSERT_TRUE(readLine(line));
+    EXPECT_EQ(std::string(line, sizeof line), "b" + std::string(sizeof line - 1, '\0'));
+}
