@@ -1,9 +1,10 @@
-// What the targets for the two kinds of table files share: the first byte of an input chooses a table by name, all
-// else is its file. The bytes lie in memory of their exact size, so that a read beyond them is seen.
+// Table files from bytes: each is set up, decoded all over and probed. The bytes lie in memory of their exact size, so
+// that a read beyond them is seen. In the fuzz targets the first byte of an input chooses the table's name.
 #pragma once
 
 #include "fuzz_support.h"
 #include "tablebase/internal.h"
+#include "tablebase/tablebase.h"
 
 #include <array>
 #include <cstring>
@@ -65,4 +66,77 @@ inline void decodeMany(const TableSide& side) {
         static_cast<void>(decodeStream(*side.stream, side.tbSize / samples * i));
         static_cast<void>(decodeStream(*side.stream, side.tbSize - 1 - side.tbSize / samples * i / 7));
     }
+}
+
+/// Sets up the bytes as the WDL file of the table `name`. If they are accepted: decodes much of it, registers the
+/// table and calls `probe()`. Whether they were accepted. The registry is empty afterwards.
+template <typename Probe>
+bool tryWdlFile(const char* name, std::string_view bytes, Probe probe) {
+    const TableBytes copy = copyOf(bytes);
+    tbEntryPawn record{};
+    tbEntry& entry = record.head;
+    entry.material = materialOfName(name);
+    entry.file = record.file.data();
+    entry.data = copy.file;
+    const bool accepted = setUpTableWdl(entry);
+    if (accepted) {
+        for (const TableFile& file : record.file) {
+            decodeMany(file.side[0]);
+            decodeMany(file.side[1]);
+        }
+        entry.ready = 1;
+        for (const u64 key : {entry.material.key, entry.material.key2}) {
+            tbHash[key >> 54][0] = tbHashSlot{key, &entry};
+        }
+        probe();
+        tbHash.fill(tbHashBucket{});
+    }
+    entry.data = MappedFile{};  // no mapping
+    unloadTableWdl(entry);
+    return accepted;
+}
+
+/// The same for a DTZ file, which `probe()` finds in the first place of dtzCache.
+template <typename Probe>
+bool tryDtzFile(const char* name, std::string_view bytes, Probe probe) {
+    const TableBytes copy = copyOf(bytes);
+    auto* entry = new dtzEntry{};
+    entry->material = materialOfName(name);
+    entry->data = copy.file;
+    dtzCacheRecord& record = dtzCache[0];
+    record = dtzCacheRecord{entry->material.key, entry->material.key2, entry};
+    const bool accepted = setUpTableDtz(*entry);
+    if (accepted) {
+        for (const DtzFile& file : entry->file) {
+            decodeMany(file.side);
+        }
+        probe();
+    }
+    entry->data = MappedFile{};  // no mapping
+    unloadTableDtz(record);
+    return accepted;
+}
+
+/// probeWdl of a position; a known value must be one of the five.
+inline i32 wdlOfPosition(const char* fen, i32& success) {
+    newGame();
+    fenToBoard(fen);
+    success = 0;
+    const i32 wdl = probeWdl(success);
+    if (success != 0 && (wdl < -2 || wdl > 2)) {
+        __builtin_trap();
+    }
+    return wdl;
+}
+
+/// What a DTZ table tells of a position for one of the values it may have; a known distance must be a possible one.
+inline i32 dtzOfPosition(const char* fen, i32 wdl, i32& success) {
+    newGame();
+    fenToBoard(fen);
+    success = 1;
+    const i32 dtz = probeDtzTable(wdl, success);
+    if (success == 1 && (dtz < 0 || dtz > 510)) {
+        __builtin_trap();
+    }
+    return dtz;
 }

@@ -1,100 +1,66 @@
 #!/usr/bin/env python3
-"""Probes real endgame tables that have been cut, lengthened or changed at random.
+"""Probes endgame tables that have been cut or changed at random.
 
-usage: damage_tables.py REPLAY_WDL REPLAY_DTZ FOLDER [ROUNDS] [SEED]
+    tools/damage_tables.py build-asan/fuzz/damaged_table FOLDER
 
-REPLAY_WDL and REPLAY_DTZ are the fuzz targets wdl_fuzz and dtz_fuzz, best of a build with sanitizers; FOLDER holds
-tables. Each round takes every table that the targets know, damages it and hands it to its target, which must end
-without a finding. Prints how many files were tried; exit status 1 at the first finding, whose file is kept.
+The program comes from fuzz/, best of a build with sanitizers. Every table of the folder is cut at --cuts places, has
+bytes changed in --changes copies, and bytes taken out or put in as often as it was cut; random positions are probed in
+each copy, which must neither crash nor hang, and in the sound file, whose values must stay. Exit status 1 at the first
+finding, which is told with the command that repeats it.
+
+Without a folder: the one named by TARVELMON_SYZYGY_PATH, or else the tables of the tests.
 """
+import argparse
+import concurrent.futures
+import os
 import pathlib
-import random
-import shutil
+import re
 import subprocess
 import sys
 import tempfile
 
-# In the order of the targets' list: the number goes before the file.
-NAMES = ["KQvK", "KRvK", "KBvK", "KPvK", "KNNvK", "KBvKN", "KPvKP", "KPPvKP"]
-HEADER_BYTES = 400
-BATCH = 40
+SUMMARY = re.compile(r"(\d+) tried, (\d+) accepted$")
+LAST_WORDS = 4000
+TEST_TABLES = pathlib.Path(__file__).resolve().parent.parent / "tests" / "data" / "syzygy"
 
 
-def cut(data, rng):
-    return data[: rng.randrange(len(data))]
-
-
-def lengthen(data, rng):
-    return data + rng.randbytes(rng.randrange(1, 5000))
-
-
-def change_bytes(data, rng):
-    """Some bytes anywhere, the header more often."""
-    changed = bytearray(data)
-    reach = min(len(data), HEADER_BYTES) if rng.random() < 0.7 else len(data)
-    for _ in range(rng.choice((1, 1, 1, 2, 3, 10))):
-        changed[rng.randrange(reach)] = rng.randrange(256)
-    return bytes(changed)
-
-
-def drop_bytes(data, rng):
-    at = rng.randrange(len(data))
-    return data[:at] + data[at + rng.randrange(1, 16):]
-
-
-DAMAGES = (cut, lengthen, change_bytes, change_bytes, change_bytes, drop_bytes)
-
-
-def tables(folder, suffix):
-    for number, name in enumerate(NAMES):
-        path = folder / (name + suffix)
-        if path.exists():
-            yield bytes([number]), name, path.read_bytes()
-
-
-def run_batch(target, folder):
-    """Whether the target bears all files of the folder. Runs them one by one if not, to find the culprit."""
-    files = sorted(folder.iterdir())
-    if subprocess.run([target, *files], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL).returncode == 0:
-        return None
-    for path in files:
-        result = subprocess.run([target, path], stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
-        if result.returncode != 0:
-            return path, result.stderr.decode(errors="replace")
-    return files[0], "fails only with others"
-
-
-def try_damages(target, suffix, folder, rounds, rng):
-    """Number of files tried; ends the process at a finding."""
-    tried = 0
-    for _ in range(rounds):
-        with tempfile.TemporaryDirectory() as scratch:
-            scratch = pathlib.Path(scratch)
-            for number, name, data in tables(folder, suffix):
-                for i in range(BATCH):
-                    damage = rng.choice(DAMAGES)
-                    (scratch / f"{name}-{damage.__name__}-{i}").write_bytes(number + damage(data, rng))
-                    tried += 1
-            finding = run_batch(target, scratch)
-            if finding is not None:
-                path, text = finding
-                kept = pathlib.Path(tempfile.gettempdir()) / ("damaged-" + path.name + suffix)
-                shutil.copy(path, kept)
-                sys.exit(f"{kept}:\n{text}")
-    return tried
+def damage(arguments, path):
+    """(path, copies tried, copies accepted), or ends with what was found."""
+    command = [arguments.program, str(path), str(arguments.cuts), str(arguments.changes), str(arguments.seed)]
+    with tempfile.TemporaryFile() as words:
+        try:
+            status = subprocess.run(command, stderr=words, timeout=arguments.limit).returncode
+        except subprocess.TimeoutExpired:
+            status = f"none after {arguments.limit} s"
+        words.seek(0)
+        text = words.read().decode(errors="replace")
+    lines = text.splitlines()
+    summary = SUMMARY.match(lines[-1]) if lines else None
+    if status != 0 or not summary:
+        sys.exit(f"{' '.join(command)}\nexit status {status}\n...{text[-LAST_WORDS:]}")
+    return path, int(summary.group(1)), int(summary.group(2))
 
 
 def main():
-    if len(sys.argv) not in (4, 5, 6):
-        sys.exit(__doc__)
-    wdl_target, dtz_target, folder = sys.argv[1:4]
-    rounds = int(sys.argv[4]) if len(sys.argv) > 4 else 10
-    rng = random.Random(int(sys.argv[5]) if len(sys.argv) > 5 else 1)
-    for target, suffix in ((wdl_target, ".rtbw"), (dtz_target, ".rtbz")):
-        tried = try_damages(target, suffix, pathlib.Path(folder), rounds, rng)
-        if tried == 0:
-            sys.exit(f"no tables in {folder}")
-        print(f"{tried} damaged {suffix} files, no finding")
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("program", help="damaged_table")
+    parser.add_argument("folder", nargs="?",
+                        default=os.environ.get("TARVELMON_SYZYGY_PATH") or TEST_TABLES)
+    parser.add_argument("--cuts", type=int, default=64)
+    parser.add_argument("--changes", type=int, default=1000)
+    parser.add_argument("--seed", type=int, default=1)
+    parser.add_argument("--limit", type=float, default=600.0, help="seconds for one table")
+    parser.add_argument("--jobs", type=int, default=1)
+    arguments = parser.parse_args()
+    tables = sorted(path for path in pathlib.Path(arguments.folder).iterdir() if path.suffix in (".rtbw", ".rtbz"))
+    if not tables:
+        sys.exit(f"no tables in {arguments.folder}")
+    copies = 0
+    with concurrent.futures.ThreadPoolExecutor(arguments.jobs) as pool:
+        for path, tried, accepted in pool.map(lambda table: damage(arguments, table), tables):
+            print(f"{path.name}: {tried} damaged copies, {accepted} of them accepted and probed, no finding", flush=True)
+            copies += tried
+    print(f"{len(tables)} tables, {copies} damaged copies, no finding")
 
 
 if __name__ == "__main__":
