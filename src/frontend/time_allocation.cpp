@@ -57,7 +57,8 @@ static void setBudget() {
     }
     const i32 budget = budgetOf(engineClock, divisor);
     print("#DEBUG moves: %i move speed: %i  allocated time: %i\n", TimeControl.moveNumber, divisor, budget);
-    // The start first: a running search must not hold the time since the old start against the new budget.
+    // The start first, and a running search reads the budget first: so it never holds the time since the old start
+    // against the new budget, which would end it at once.
     EngineOptions.searchStartMs = nowMs();
     TimeControl.allocatedTime = budget;
 }

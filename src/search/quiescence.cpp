@@ -18,8 +18,9 @@ bool timeIsUp() {
     if ((SearchInfo.nodes & clockPollMask) != 0) {
         return false;
     }
+    const i32 budget = TimeControl.allocatedTime;  // before the start: see setBudget
     const i32 elapsed = elapsedMs(EngineOptions.searchStartMs) / 10;
-    if (elapsed <= TimeControl.moveTime && elapsed <= TimeControl.allocatedTime) {
+    if (elapsed <= TimeControl.moveTime && elapsed <= budget) {
         return false;
     }
     EngineOptions.stopSearch = 1;

@@ -70,8 +70,9 @@ static bool windowIsOpen(const Deepening& state) {
 // More than half of the budget is spent, so the next depth would hardly end in time. Deliberate: not while the window
 // is open, as after a failed iteration, nor when the budget has been passed.
 static bool nextDepthIsTooLong(const Deepening& state) {
+    const i32 budget = TimeControl.allocatedTime;  // before the start: see setBudget
     const i32 elapsed = elapsedMs(EngineOptions.searchStartMs) / 10;
-    return elapsed > firstSecond && TimeControl.allocatedTime / elapsed == 1 && !windowIsOpen(state);
+    return elapsed > firstSecond && budget / elapsed == 1 && !windowIsOpen(state);
 }
 
 static void rememberReply(i32 ponderSearch) {
@@ -105,7 +106,7 @@ static void announceMate(i32 score) {
 static bool iterationHolds(Deepening& state, i32 score) {
     const bool failed = score <= state.alpha || score >= state.beta;
     // Scores beyond the open window come only from boards with dozens of queens; nothing can be gained by repeating.
-    const bool isLastWord = windowIsOpen(state);
+    const bool isLastWord = state.alpha == -INFINITE && state.beta == INFINITE;
     if (failed) {
         state.alpha = -INFINITE;
         state.beta = INFINITE;
