@@ -141,7 +141,9 @@ static Next analyzePosition(const char*) {
     EngineOptions.stopSearch = 0;
     EngineOptions.engineSide = noEngineSide;
     EngineOptions.searchStartMs = nowMs();
-    return analyzeBesideInput(replayBuffer) ? Next::nextLine : Next::leave;
+    const bool goesOn = analyzeBesideInput(replayBuffer);
+    EngineOptions.ponderBest = 0;  // what analysis found is no reply of the engine
+    return goesOn ? Next::nextLine : Next::leave;
 }
 
 // ---- settings -------------------------------------------------------------------------------------------------
@@ -348,6 +350,7 @@ static Next reply() {
         playPonderResult();
         return Next::nextLine;
     }
+    EngineOptions.ponderBest = 0;  // if one is left, it answers an earlier position
     allocateTime();
     EngineOptions.searchResult = think(0);
     return playAndPonder();

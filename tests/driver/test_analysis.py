@@ -111,6 +111,26 @@ class AnalysisTest(unittest.TestCase):
         engine.expect(MOVE)
         self.assert_waits(engine)
 
+    def test_what_it_has_found_is_not_taken_for_a_reply(self):
+        engine = Engine(ini=SMALL_INI.replace("[ENGINE]\n", "[ENGINE]\nsafePly=2\n"))
+        self.addCleanup(engine.close)
+        engine.xboard()
+        engine.tell("new", "easy", "level 0 5 30")
+        position = Position()
+        for move in ("e2e4", "a2a3"):
+            position = position.legal_moves()[move]
+            engine.send("time 2500", "otim 2500", "usermove " + move)
+            position = position.legal_moves()[engine.expect(MOVE)[1]]
+        thinking = [line for line in engine.skipped if re.fullmatch(THINKING, line)]
+        expected = thinking[-1].split()[5]
+        engine.tell("hard")
+        engine.send("analyze")
+        for _ in range(3):
+            engine.expect(THINKING)
+        engine.send("usermove " + expected)
+        engine.expect(BUDGET)
+        self.assertIn(engine.expect(MOVE)[1], position.legal_moves()[expected].legal_moves())
+
     def test_the_clocks_are_answered_and_all_else_is_swallowed(self):
         engine = self.analysing()
         engine.send("force", "undo", "setboard 8/8/8/8/8/8/8/8 w - - 0 1", "nopost", "hard", "ping 5", "quit",

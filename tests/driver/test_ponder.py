@@ -183,6 +183,21 @@ class WhatALineMeans(PonderTest):
         game.take_move()
         self.assertEqual(game.engine.sync(), [])
 
+    def test_an_old_ponder_result_is_not_played_when_pondering_is_switched_on_again(self):
+        game = self.pondering_game(2, lines=3)
+        game.position = game.after_expected()
+        game.engine.send("easy")
+        game.take_move()
+        game.user_plays(game.other_move())
+        game.take_move()
+        thinking = [line for line in game.engine.skipped if is_thinking(line)]
+        expected = thinking[-1].split()[5]
+        self.assertIn(expected, game.position.legal_moves())
+        game.engine.tell("hard")
+        game.user_plays(expected)
+        game.take_move()
+        self.assertRegex("\n".join(game.engine.skipped), BUDGET)
+
     def test_easy_with_text_behind_it_counts_too(self):
         game = self.pondering_game()
         game.position = game.after_expected()
