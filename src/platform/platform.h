@@ -36,7 +36,8 @@ void unmapFile(MappedFile& file);
 
 /// Zeroed memory of whole pages, taken from the system only when touched; null if it cannot be had, or is more than
 /// the machine has.
-/// largePages  worth asking the system for large pages.
+/// largePages  worth asking the system for large pages. They come slowly, so that all are taken here and now, while no
+///             clock runs.
 [[nodiscard]] void* allocatePages(std::size_t bytes, bool largePages);
 void freePages(void* memory, std::size_t bytes);
 /// Makes the memory zero again by giving its pages back.
@@ -47,6 +48,9 @@ void ignoreInterrupts();
 
 /// Makes standard input and output unbuffered.
 void setUpStandardStreams();
+/// To be called when reading or writing a standard stream has failed: whether it failed only because the stream does not
+/// block, as another program may have left it, and was not ready. Waits then until it is.
+[[nodiscard]] bool waitedForStream(std::FILE* stream);
 /// Whether standard output and standard error lead to the same pipe or file.
 [[nodiscard]] bool errorSharesOutput();
 /// Whether standard output is a terminal.

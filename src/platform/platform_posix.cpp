@@ -2,12 +2,14 @@
 #include "platform/platform.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
 
 i32 nowMs() {
@@ -94,6 +96,9 @@ void* allocatePages(std::size_t bytes, bool largePages) {
         return nullptr;
     }
     madvise(memory, bytes, largePages ? MADV_HUGEPAGE : MADV_NOHUGEPAGE);
+    if (largePages) {
+        std::memset(memory, 0, bytes);
+    }
     return memory;
 }
 
@@ -104,7 +109,10 @@ void freePages(void* memory, std::size_t bytes) {
 }
 
 void zeroPages(void* memory, std::size_t bytes) {
-    madvise(memory, bytes, MADV_DONTNEED);
+    // Locked pages cannot be given back.
+    if (madvise(memory, bytes, MADV_DONTNEED) != 0) {
+        std::memset(memory, 0, bytes);
+    }
 }
 
 void ignoreInterrupts() {
@@ -114,6 +122,16 @@ void ignoreInterrupts() {
 void setUpStandardStreams() {
     std::setvbuf(stdout, nullptr, _IONBF, 0);
     std::setvbuf(stdin, nullptr, _IONBF, 0);
+}
+
+bool waitedForStream(std::FILE* stream) {
+    if (errno != EAGAIN && errno != EWOULDBLOCK && errno != EINTR) {
+        return false;
+    }
+    std::clearerr(stream);
+    pollfd entry{fileno(stream), static_cast<short>(stream == stdin ? POLLIN : POLLOUT), 0};
+    poll(&entry, 1, -1);
+    return true;
 }
 
 bool errorSharesOutput() {

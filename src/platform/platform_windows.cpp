@@ -14,8 +14,15 @@
 #include <cstdlib>
 #include <cstring>
 
+// The system's tick count moves in steps of up to 16 ms, too coarse for a fast game.
 i32 nowMs() {
-    return static_cast<i32>(static_cast<u32>(GetTickCount64()));
+    LARGE_INTEGER frequency{};
+    LARGE_INTEGER count{};
+    QueryPerformanceFrequency(&frequency);
+    QueryPerformanceCounter(&count);
+    const i64 seconds = count.QuadPart / frequency.QuadPart;
+    const i64 rest = count.QuadPart % frequency.QuadPart;
+    return static_cast<i32>(static_cast<u32>(seconds * 1000 + rest * 1000 / frequency.QuadPart));
 }
 
 static bool isRegularFile(const char* path) {
@@ -87,11 +94,14 @@ void freePages(void* memory, std::size_t) {
 }
 
 void zeroPages(void* memory, std::size_t bytes) {
-    if (VirtualFree(memory, bytes, MEM_DECOMMIT) != 0 &&
-        VirtualAlloc(memory, bytes, MEM_COMMIT, PAGE_READWRITE) != nullptr) {
+    if (VirtualFree(memory, bytes, MEM_DECOMMIT) == 0) {
+        std::memset(memory, 0, bytes);
         return;
     }
-    std::memset(memory, 0, bytes);
+    // What was given back can be missing for a moment; without it there is no table to write to.
+    while (VirtualAlloc(memory, bytes, MEM_COMMIT, PAGE_READWRITE) == nullptr) {
+        Sleep(10);
+    }
 }
 
 void ignoreInterrupts() {
@@ -101,6 +111,10 @@ void ignoreInterrupts() {
 void setUpStandardStreams() {
     std::setvbuf(stdout, nullptr, _IONBF, 0);
     std::setvbuf(stdin, nullptr, _IONBF, 0);
+}
+
+bool waitedForStream(std::FILE*) {
+    return false;
 }
 
 bool errorSharesOutput() {

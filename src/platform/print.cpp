@@ -1,6 +1,8 @@
 // Output by whole lines and input by lines. Each thread builds its own line, so that lines of two threads never mix.
 #include "platform/print.h"
 
+#include "platform/platform.h"
+
 #include <array>
 #include <cstdarg>
 #include <cstdio>
@@ -10,7 +12,10 @@
 static thread_local std::string pendingText;
 
 static void writeOut(std::size_t length) {
-    std::fwrite(pendingText.data(), 1, length, stdout);
+    std::size_t written = 0;
+    do {
+        written += std::fwrite(pendingText.data() + written, 1, length - written, stdout);
+    } while (written < length && waitedForStream(stdout));
     std::fflush(stdout);
     pendingText.erase(0, length);
 }
@@ -48,17 +53,30 @@ void flushOutput() {
     }
 }
 
+// EOF at the end of input.
+static i32 readByte() {
+    i32 byte = std::fgetc(stdin);
+    while (byte == EOF && std::ferror(stdin) != 0 && waitedForStream(stdin)) {
+        byte = std::fgetc(stdin);
+    }
+    return byte;
+}
+
 bool readLine(char (&line)[lineBufferSize]) {
     std::memset(line, 0, sizeof line);
-    if (std::fgets(line, sizeof line, stdin) == nullptr) {
-        return false;
-    }
-    char* newline = static_cast<char*>(std::memchr(line, '\n', sizeof line));
-    if (newline != nullptr) {
-        *newline = '\0';
-        if (newline != line && newline[-1] == '\r') {
-            newline[-1] = '\0';
+    i32 length = 0;
+    while (length < lineBufferSize - 1) {
+        const i32 byte = readByte();
+        if (byte == EOF) {
+            return length > 0;
         }
+        if (byte == '\n') {
+            if (length > 0 && line[length - 1] == '\r') {
+                line[length - 1] = '\0';
+            }
+            return true;
+        }
+        line[length++] = static_cast<char>(byte);
     }
     return true;
 }

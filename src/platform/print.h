@@ -14,5 +14,5 @@ constexpr i32 lineBufferSize = 256;
 
 /// Reads a line of at most 255 characters from standard input into `line`, which is cleared first; the first newline,
 /// and a carriage return right before it, become NUL. The rest of a longer line comes as the next. Returns false at
-/// end of input when nothing was read.
+/// end of input when nothing was read. Waits for more also where standard input does not block.
 [[nodiscard]] bool readLine(char (&line)[lineBufferSize]);

@@ -17,6 +17,14 @@ KNIGHTS_OUT_AND_HOME = ("g1f3", "g8f6", "f3g1", "f6g8")
 LONGEST_GAME = 16384  # plies
 
 
+def waited(process, seconds):
+    """The status if the process ends within the time, else None."""
+    try:
+        return process.wait(seconds)
+    except subprocess.TimeoutExpired:
+        return None
+
+
 class HostileTest(unittest.TestCase):
     def protocol(self, *lines, **arguments):
         engine = Engine(**arguments)
@@ -32,6 +40,33 @@ class HostileTest(unittest.TestCase):
         for line in lines:
             engine.ask(line)
         return engine
+
+
+class Streams(HostileTest):
+    def test_streams_that_do_not_block_are_waited_for(self):
+        input_read, input_write = os.pipe()
+        output_read, output_write = os.pipe()
+        os.set_blocking(input_read, False)
+        os.set_blocking(output_write, False)
+        with Engine() as folder_owner:  # for its folder with a small configuration
+            process = subprocess.Popen([os.path.abspath(PROGRAM)], cwd=folder_owner.folder, stdin=input_read, stdout=output_write,
+                                       stderr=subprocess.DEVNULL)
+            self.addCleanup(process.kill)
+            os.close(input_read)
+            os.close(output_write)
+            with open(input_write, "w", buffering=1) as commands, open(output_read, encoding="latin-1") as output:
+                self.assertIsNone(waited(process, 0.2))
+                commands.write("con")
+                commands.flush()
+                self.assertIsNone(waited(process, 0.2))
+                # Far more than a pipe holds, and nobody reads yet.
+                commands.write("sole\n" + "err\n" * 300)
+                self.assertIsNone(waited(process, 0.5))
+                commands.write("quit\n")
+                text = output.read()
+            self.assertEqual(process.wait(30), 0)
+        self.assertGreater(len(text), 100000)
+        self.assertEqual(text.count("tarvelmon> "), 301)
 
 
 class Games(HostileTest):

@@ -1,9 +1,11 @@
 // Lines out and lines in.
 #include "platform/print.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdio>
 #include <map>
 #include <sstream>
@@ -124,6 +126,33 @@ TEST(ReadLine, GivesTheLinesOfAnyInput) {
         SCOPED_TRACE(c.name);
         EXPECT_EQ(linesOf(c.text), c.lines);
     }
+}
+
+TEST(ReadLine, WaitsForAThreadBehindAPipeThatDoesNotBlock) {
+    int ends[2];
+    ASSERT_EQ(pipe2(ends, O_NONBLOCK), 0);
+    const int former = dup(STDIN_FILENO);
+    dup2(ends[0], STDIN_FILENO);
+    std::clearerr(stdin);
+    std::setvbuf(stdin, nullptr, _IONBF, 0);
+    std::thread writer([&ends] {
+        for (const std::string piece : {"one\nt", "w", "o\nthr", "ee"}) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+            EXPECT_EQ(write(ends[1], piece.data(), piece.size()), static_cast<ssize_t>(piece.size()));
+        }
+        close(ends[1]);
+    });
+    std::vector<std::string> lines;
+    char line[lineBufferSize];
+    while (readLine(line)) {
+        lines.emplace_back(line);
+    }
+    writer.join();
+    EXPECT_EQ(lines, (std::vector<std::string>{"one", "two", "three"}));
+    dup2(former, STDIN_FILENO);
+    close(former);
+    close(ends[0]);
+    std::clearerr(stdin);
 }
 
 TEST(ReadLine, ClearsTheBufferBehindTheLine) {
