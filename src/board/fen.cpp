@@ -79,6 +79,9 @@ static bool readPlacement(Scacchiera& b, std::string_view placement) {
 }
 
 static bool readRights(Scacchiera& b, std::string_view token) {
+    if (token.empty()) {
+        return false;
+    }
     b.castleRights = 0;
     if (token == "-") {
         return true;
@@ -101,7 +104,7 @@ static bool readRights(Scacchiera& b, std::string_view token) {
                 return false;
         }
     }
-    return !token.empty();
+    return true;
 }
 
 // The usual conversion: leading space, a sign, digits up to the first other byte; saturates at 32 bits.
@@ -124,19 +127,19 @@ static i32 toInteger(std::string_view token) {
 
 static bool readClock(Scacchiera& b, std::string_view token) {
     const i32 clock = toInteger(token);
+    if (clock < 0) {
+        return false;
+    }
     b.rule50 = static_cast<u8>(clock);
-    return clock >= 0;
+    return true;
 }
 
 static bool readEnPassant(Scacchiera& b, std::string_view token, bool black) {
-    if (token.empty()) {
-        return false;
-    }
-    b.epFile = noEpFile;
     if (token == "-") {
+        b.epFile = noEpFile;
         return true;
     }
-    if (token[0] < 'a' || token[0] > 'h' || token.size() < 2 || token[1] != (black ? '3' : '6')) {
+    if (token.size() < 2 || token[0] < 'a' || token[0] > 'h' || token[1] != (black ? '3' : '6')) {
         return false;
     }
     b.epFile = static_cast<u8>(token[0] - 'a');

@@ -84,6 +84,18 @@ TEST(Fen, ABadClockIsSeenWhenTheMenStand) {
     EXPECT_EQ(popCount(occupied(*board)), 2);
 }
 
+TEST(Fen, AFieldThatIsRefusedLeavesItsOwnPartOfTheRecord) {
+    newGame();
+    EXPECT_EQ(fenToBoard("8/k7/8/8/8/8/8/K7 w"), 0);
+    EXPECT_EQ(board->castleRights, OWN_LONG | OWN_SHORT | OPPONENT_LONG | OPPONENT_SHORT);
+    board->rule50 = 7;
+    EXPECT_EQ(fenToBoard("8/k7/8/8/8/8/8/K7 w - - -1 1"), 0);
+    EXPECT_EQ(board->rule50, 7);
+    board->epFile = 3;
+    EXPECT_EQ(fenToBoard("8/k7/8/8/8/8/8/K7 w - e3 0 1"), 0);
+    EXPECT_EQ(board->epFile, 3);
+}
+
 TEST(Fen, TheClockIsCutToAByte) {
     newGame();
     ASSERT_EQ(fenToBoard("8/k7/8/8/8/8/8/K7 w - - 300 1"), 1);
