@@ -5,6 +5,7 @@
 #include "frontend/internal.h"
 #include "platform/platform.h"
 #include "platform/print.h"
+#include "platform/thread.h"
 
 static void printBanner() {
     print("tarvelmon chess engine by Ubaldo Merikossa\n");
@@ -46,6 +47,7 @@ static void takeModeLine(const char* line) {
 }
 
 int main() {
+    raiseMainStackLimit();
     initBoardTables();
     startUp();
     char line[lineBufferSize];

@@ -2,6 +2,8 @@
 #include "platform/thread.h"
 
 #include <pthread.h>
+#include <sys/resource.h>
+#include <algorithm>
 #include <cstddef>
 #include <new>
 
@@ -38,6 +40,14 @@ bool startThread(Thread& thread, void (*entry)(void*), void* argument) {
         thread.start = nullptr;
     }
     return thread.start != nullptr;
+}
+
+void raiseMainStackLimit() {
+    rlimit limit{};
+    if (getrlimit(RLIMIT_STACK, &limit) == 0 && limit.rlim_cur < stackBytes) {
+        limit.rlim_cur = std::min<rlim_t>(stackBytes, limit.rlim_max);
+        setrlimit(RLIMIT_STACK, &limit);
+    }
 }
 
 void joinThread(Thread& thread) {

@@ -35,6 +35,9 @@ bool startThread(Thread& thread, void (*entry)(void*), void* argument) {
     return thread.start != nullptr;
 }
 
+// The main thread's stack has the size that it was linked with.
+void raiseMainStackLimit() {}
+
 void joinThread(Thread& thread) {
     WaitForSingleObject(thread.start->handle, INFINITE);
     CloseHandle(thread.start->handle);

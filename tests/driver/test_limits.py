@@ -34,6 +34,20 @@ class Limits(unittest.TestCase):
                 position = position.legal_moves()[reply[1]]
             self.assertEqual(engine.quit(), 0)
 
+    @unittest.skipIf(SANITIZED, "a sanitizer needs more stack")
+    def test_a_low_limit_of_the_stack_does_not_end_deep_searches(self):
+        # 96 kB hold some ten plies.
+        with Engine(arguments=("prlimit", "--stack=98304:")) as engine:
+            engine.xboard()
+            engine.tell("new", "force", "sd 9", "post",
+                        "setboard r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1")
+            engine.send("analyze")
+            engine.expect(r" ?9 .*")
+            engine.send("exit", "go")
+            engine.expect(r" ?9 .*")
+            engine.expect(r"move .*")
+            self.assertEqual(engine.quit(), 0)
+
     def probe_book(self, files):
         """Plays the first move of a thousand games with 32 file handles; returns the moves."""
         with Engine(ini=BOOK_INI, files=files, arguments=("prlimit", "--nofile=32")) as engine:
