@@ -271,5 +271,7 @@ void seeTest();
 u64 perft(i32 depth);
 /// 1 for depth 0, else perft(depth).
 u64 perftOrOne(i32 depth);
+/// Rounded down and held to 32 bits; 0 if no time has passed.
+[[nodiscard]] i32 nodesPerSecond(u64 nodes, double seconds);
 /// Counts the six positions of the benchmark and prints the report. The game on the board is lost.
 void runBenchmark();

@@ -52,6 +52,11 @@ u64 perftOrOne(i32 depth) {
     return depth == 0 ? 1 : perft(depth);
 }
 
+i32 nodesPerSecond(u64 nodes, double seconds) {
+    const double rate = seconds > 0.0 ? static_cast<double>(nodes) / seconds : 0.0;
+    return static_cast<i32>(std::min(rate, static_cast<double>(INT32_MAX)));
+}
+
 void runBenchmark() {
     print("Running benchmark. . .\n");
     const std::clock_t start = std::clock();
@@ -65,10 +70,8 @@ void runBenchmark() {
         print("Calculated value:       %10lld\n\n", static_cast<long long>(value));
     }
     const double elapsed = static_cast<double>(std::clock() - start) / static_cast<double>(CLOCKS_PER_SEC);
-    const double perSecond = elapsed > 0.0 ? static_cast<double>(total) / elapsed : 0.0;
     print("\n");
     print("Total nodes:            %10lld \n", static_cast<long long>(total));
-    print("Raw nodes per second:   %10d\n",
-          static_cast<i32>(std::min(perSecond, static_cast<double>(INT32_MAX))));
+    print("Raw nodes per second:   %10d\n", nodesPerSecond(total, elapsed));
     print("Total elapsed time:     %10.2f\n", elapsed);
 }

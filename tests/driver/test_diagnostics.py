@@ -187,6 +187,23 @@ class Reports(ConsoleTest):
             self.assertEqual(len(keys), 2)
             self.assertEqual(keys[0], keys[1])
 
+    def test_counts_beyond_32_bits_are_shown_whole(self):
+        engine = self.console(ini=SMALL_INI.replace("HashSize=16\nPawn", "HashSize=2147483647\nPawn"))
+        self.assertIn("#DEBUG Hash records:                   140737488289792 \n", engine.ask("hash"))
+
+    def test_clear_runs_no_other_program(self):
+        with tempfile.TemporaryDirectory() as folder:
+            trace = os.path.join(folder, "trace")
+            for name in ("cls", "clear", "sh"):
+                path = os.path.join(folder, name)
+                with open(path, "w", encoding="ascii") as script:
+                    script.write("#!/bin/sh\necho run >> %s\n" % trace)
+                os.chmod(path, 0o755)
+            engine = self.console(arguments=("env", "PATH=" + folder + os.pathsep + os.environ["PATH"]))
+            engine.ask("clear")
+            self.assertFalse(os.path.exists(trace))
+            self.assertEqual(engine.errors, "")
+
     def test_hash_shows_the_records_of_the_table(self):
         self.ask("memory 8")
         self.assertTrue(self.ask("hash").endswith("#DEBUG Hash records:                   524288 \n"))

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <ctime>
 #include <limits>
 #include <thread>
 
@@ -46,6 +47,14 @@ TEST(Clock, CountsMillisecondsForward) {
         std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - begun);
     EXPECT_GE(counted, 19);
     EXPECT_LE(counted, passed.count() + 1);
+}
+
+// Setting the time of day must not end a search or let it go on for ever.
+TEST(Clock, IsTheMonotonicOne) {
+    timespec moment{};
+    ASSERT_EQ(clock_gettime(CLOCK_MONOTONIC, &moment), 0);
+    const u64 ms = static_cast<u64>(moment.tv_sec) * 1000 + static_cast<u64>(moment.tv_nsec) / 1'000'000;
+    EXPECT_LT(static_cast<u32>(nowMs()) - static_cast<u32>(ms), 1000U);
 }
 
 TEST(Clock, DifferencesAreRightAcrossTheWrap) {

@@ -340,6 +340,16 @@ TEST(Search, AQuietCutOffEntersKillersHistoryAndTable) {
     EXPECT_GE(historyTable[0][moveFrom(slot.move)][moveTo(slot.move)], 16);
 }
 
+TEST(Search, HistoryWrapsWithoutHarm) {
+    setUpFreshState(startFen);
+    for (auto& squares : historyTable[0]) {
+        squares.fill(INT32_MAX);
+    }
+    EXPECT_EQ(run({.depth = 4, .ply = 7, .alpha = -400, .beta = -300}), -300);
+    const Mossa move = slotHere().move;
+    EXPECT_LT(historyTable[0][moveFrom(move)][moveTo(move)], 0);
+}
+
 TEST(Search, AHashMoveThatCutsOffLeavesNothing) {
     setUpFreshState(startFen);
     const Mossa move = findMove("e2e4");

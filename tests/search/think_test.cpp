@@ -220,9 +220,12 @@ TEST(Think, WithoutPostThinkingNothingIsShown) {
     EXPECT_TRUE(thinkHere().lines.empty()) << "only a value of 1 shows";
 }
 
-TEST(Think, WithoutALegalMoveEachDepthReturnsAtOnce) {
+TEST(Think, WithoutALegalMoveEachDepthReturnsAtOnceAndNoFormerMoveIsPlayed) {
     for (const char* fen : {stalemateFen, mateFen}) {
         SCOPED_TRACE(fen);
+        setUpFreshState(middleGameFen);
+        EngineOptions.maxDepth = 3;
+        ASSERT_NE(thinkHere().move, 0U);
         setUpFreshState(fen);
         EngineOptions.maxDepth = 6;
         const Thought thought = thinkHere();
