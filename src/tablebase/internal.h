@@ -10,7 +10,8 @@
 
 #include <array>
 
-constexpr i32 tbMenMax = 6;
+constexpr i32 tbMenMax = 6;     // of a table
+constexpr i32 probeMenMax = 7;  // of a position that is probed: SyzygyMen goes no higher
 
 // ---- records --------------------------------------------------------------------------------------------------
 
@@ -205,12 +206,13 @@ void fillStreamHeads(streamData& d);
 
 // ---- the stored values of a table -----------------------------------------------------------------------------
 
-/// Whether a table can hold the position: one king a side and not next to each other, at most six men, no pawn on the
-/// first or last rank. Only such positions are ever looked up.
-[[nodiscard]] bool tablesCanHold(const Scacchiera& b);
+/// Whether the position may be probed: one king a side and not next to each other, no pawn on the first or last rank,
+/// at most one man more than tables hold, for its captures may lead to tables. The limit keeps the search of captures
+/// short on boards full of queens. No other position is ever looked up.
+[[nodiscard]] bool mayBeProbed(const Scacchiera& b);
 
-/// Win, draw or loss as a table stores it for the position at `board`, which tables can hold, no captures looked at.
-/// `success` becomes 0 when there is no table; two bare kings are a draw without any.
+/// Win, draw or loss as a table stores it for the position at `board`, which may be probed, no captures looked at.
+/// `success` becomes 0 when there is no table, as with more than six men; two bare kings are a draw without any.
 [[nodiscard]] i32 probeWdlTable(i32& success);
 
 /// The stored distance, not negative, of the position at `board`, whose value `wdl` (-2 to 2, not 0) is known.

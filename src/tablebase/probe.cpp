@@ -19,7 +19,7 @@ static bool makeLegal(Mossa move) {
 }
 
 i32 probeCaptures(i32 alpha, i32 beta, i32& success) {
-    if (!tablesCanHold(*board)) {
+    if (!mayBeProbed(*board)) {
         success = 0;
         return 0;
     }

@@ -17,10 +17,10 @@ constexpr u8 wdlPlyFlag[5] = {DTZ_LOSS_PLIES, 0, 0, 0,
 // Guards the first use of a WDL table; a ready one is read without it. Not constinit: some systems construct it.
 static std::mutex tbMutex;
 
-bool tablesCanHold(const Scacchiera& b) {
+bool mayBeProbed(const Scacchiera& b) {
     const TBB ownKings = kings(b) & b.side;
     const TBB enemyKings = kings(b) & ~b.side;
-    if (popCount(ownKings) != 1 || popCount(enemyKings) != 1 || popCount(occupied(b)) > tbMenMax) {
+    if (popCount(ownKings) != 1 || popCount(enemyKings) != 1 || popCount(occupied(b)) > probeMenMax) {
         return false;
     }
     const TBB noPiece = b.pbq & b.nbk & b.rqk;  // code 7, from impossible castling
@@ -143,6 +143,10 @@ static i32 storedWdl(const tbEntry& entry, const ProbeFrame& frame) {
 
 i32 probeWdlTable(i32& success) {
     if (occupied(*board) == kings(*board)) {
+        return 0;
+    }
+    if (popCount(occupied(*board)) > tbMenMax) {  // their key may be that of fewer men
+        success = 0;
         return 0;
     }
     const u64 key = materialKeyOfPosition(0);

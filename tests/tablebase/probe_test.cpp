@@ -34,6 +34,10 @@ constexpr ValueCase valueCases[] = {
     {"a knight against a knight", "8/8/3k1n2/8/8/3K4/N7/8 w - -", 0, 0},
 };
 
+constexpr u8 storedLoss = 0;
+constexpr u8 storedDraw = 2;
+constexpr u8 storedWin = 4;
+
 std::string swappedFen(const std::string& fen) {
     std::string rows[8];
     std::size_t start = 0;
@@ -168,6 +172,69 @@ TEST(Probe, ReturnsAlphaWhenTheTableIsNotBetter) {
     EXPECT_EQ(success, 1);
 }
 
+namespace {
+
+// A table of three rooks against one that knows a single value for each side to move.
+void writeRookTable(const TableFolder& folder, u8 rooksToMove, u8 rookToMove) {
+    const std::string order = orderOf({0, KING, 8 + KING, 8 + ROOK, ROOK, ROOK, ROOK});
+    folder.write(
+        "KRRRvKR.rtbw",
+        writer::fileBytes(
+            {writer::wdlMagic, 1, {order}, {constantPlan(rooksToMove), constantPlan(rookToMove)}, {}}));
+    tables::registerFolder(folder.path.string());
+}
+
+// White takes the knight and is in the table then; one man more does not let him get there at once.
+constexpr const char* sevenMen = "6rk/8/8/8/3K4/n7/8/RRR5 w - -";
+constexpr const char* eightMen = "6rk/8/8/8/3K4/n7/n7/RRR5 w - -";
+
+}  // namespace
+
+TEST(Probe, KnowsSevenMenByACaptureThatWins) {
+    const TableFolder folder;
+    writeRookTable(folder, storedWin, storedLoss);
+    for (const std::string& fen : {std::string(sevenMen), swappedFen(sevenMen)}) {
+        SCOPED_TRACE(fen);
+        const tables::Values values = tables::probe(fen);
+        EXPECT_TRUE(values.wdlKnown && values.dtzKnown);
+        EXPECT_EQ(values.wdl, 2);
+        EXPECT_EQ(values.dtz, 1);
+    }
+}
+
+TEST(Probe, DoesNotKnowSevenMenWhoseCapturesDoNotWin) {
+    const TableFolder folder;
+    for (const u8 afterCapture : {storedDraw, storedWin}) {
+        writeRookTable(folder, storedDraw, afterCapture);
+        const tables::Values values = tables::probe(sevenMen);
+        EXPECT_FALSE(values.wdlKnown || values.dtzKnown);
+        EXPECT_EQ(values.wdl, 0);
+        EXPECT_EQ(values.dtz, 0);
+    }
+}
+
+TEST(Probe, SearchesNoCapturesOfEightMen) {
+    const TableFolder folder;
+    writeRookTable(folder, storedWin, storedLoss);
+    tables::setUp(eightMen);
+    SearchInfo.nodes = 0;
+    i32 success = 1;
+    EXPECT_EQ(probeWdl(success), 0);
+    EXPECT_EQ(success, 0);
+    EXPECT_EQ(SearchInfo.nodes, 0u);
+}
+
+TEST(Probe, LooksUpNoMoreThanSixMen) {
+    tables::registerFolder(committed);
+    ASSERT_TRUE(tables::probe("8/8/3k4/8/8/8/8/K5R1 w - -").wdlKnown);
+    // the same key: it counts men by sixteens
+    tables::setUp("NNNNNNNN/NNNNNNNN/3k4/8/8/8/8/K5R1 w - -");
+    ASSERT_NE(lookupTable(materialKeyOfPosition(0)), nullptr);
+    i32 success = 1;
+    EXPECT_EQ(probeWdlTable(success), 0);
+    EXPECT_EQ(success, 0);
+}
+
 // ---- en passant -----------------------------------------------------------------------------------------------
 
 TEST(Probe, TakesEnPassantIntoAccount) {
@@ -186,10 +253,6 @@ TEST(Probe, TakesEnPassantIntoAccount) {
 }
 
 namespace {
-
-constexpr u8 storedLoss = 0;
-constexpr u8 storedDraw = 2;
-constexpr u8 storedWin = 4;
 
 // A WDL file of one value for each side to move.
 std::string constantTable(const std::string& order, u8 firstSide, u8 secondSide) {

@@ -316,7 +316,7 @@ TEST_P(WrittenDtz, GivesTheDistancesOfTheRealTableForBothSides) {
         for (const bool whiteMoves : {true, false}) {
             const std::string fen = fenOf(p, 'R', whiteMoves);
             tables::setUp(fen);
-            if (!tablesCanHold(*board) || leftInCheck() != 0) {
+            if (!mayBeProbed(*board) || leftInCheck() != 0) {
                 continue;
             }
             const tables::Values real = tables::probe(fen);
