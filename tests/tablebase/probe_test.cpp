@@ -5,7 +5,9 @@
 #include "table_folder.h"
 #include "tablebase/internal.h"
 
+#include <algorithm>
 #include <cstring>
+#include <map>
 
 namespace {
 
@@ -233,6 +235,26 @@ TEST(Probe, LooksUpNoMoreThanSixMen) {
     i32 success = 1;
     EXPECT_EQ(probeWdlTable(success), 0);
     EXPECT_EQ(success, 0);
+}
+
+TEST(Probe, LooksUpNoIndexBehindTheTable) {
+    tables::registerFolder(committed);
+    constexpr const char* fen = "8/8/3k4/8/8/8/8/K5R1 w - -";
+    ASSERT_TRUE(tables::probe(fen).wdlKnown);
+    tbEntry* entry = lookupTable(materialOfName("KRvK").key);
+    ASSERT_NE(entry, nullptr);
+    TableSide& side = entry->file->side[0];
+    const std::map<i32, i32> squares = {{KING, 0}, {8 + KING, 43}, {ROOK, 6}};
+    TablePos pos{};
+    std::transform(side.pieces.begin(), side.pieces.begin() + 3, pos.begin(),
+                   [&squares](u8 piece) { return squares.at(piece); });
+    const u64 idx = indexPieces(entry->material, side, pos);
+    // No board of the table's material leads there: the size is made to lie.
+    side.tbSize = idx + 1;
+    EXPECT_TRUE(tables::probe(fen).wdlKnown);
+    side.tbSize = idx;
+    EXPECT_FALSE(tables::probe(fen).wdlKnown);
+    tables::registerFolder(committed);
 }
 
 // ---- en passant -----------------------------------------------------------------------------------------------

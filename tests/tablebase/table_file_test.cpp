@@ -1,6 +1,8 @@
 // Files that the tests write themselves are read back value by value; files that are damaged are refused, or at worst
 // give a failed probe.
 #include <random>
+#include "guarded_bytes.h"
+#include "raw_stream.h"
 #include "real_tables.h"
 #include "table_folder.h"
 
@@ -483,6 +485,73 @@ TEST(DamagedTable, ThatIsCutShortIsReported) {
     }
 }
 
+// ---- damaged symbols ------------------------------------------------------------------------------------------
+
+namespace {
+
+// One block with the symbols, all of whose tables are there.
+std::string bytesWithSymbols(const std::vector<raw::Symbol>& symbols) {
+    u32 codeLength = 1;
+    while (std::size_t{1} << codeLength < symbols.size()) {
+        ++codeLength;
+    }
+    return raw::wdlBytes({6,
+                          raw::oneIndexPoint,
+                          1,
+                          codeLength,
+                          symbols,
+                          {{0, raw::indexPointPlace}},
+                          {raw::valueCount},
+                          std::string(64, '\0')});
+}
+
+void expectKnown(const std::string& bytes) {
+    const TableFolder folder;
+    folder.write("KRvK.rtbw", bytes);
+    tables::registerFolder(folder.path.string());
+    i32 wdl = 0;
+    EXPECT_TRUE(tables::wdlOf("8/8/3k4/8/8/8/8/K5R1 w - -", wdl));
+}
+
+// A value, and so many symbols that each stand for the one before them twice.
+std::vector<raw::Symbol> doublings(u32 count) {
+    std::vector<raw::Symbol> symbols = {{3, leafMark}};
+    for (u32 i = 0; i < count; ++i) {
+        symbols.push_back({i, i});
+    }
+    return symbols;
+}
+
+}  // namespace
+
+TEST(DamagedTable, WithMoreSymbolsThanTwelveBitsCanNumberIsReported) {
+    expectKnown(bytesWithSymbols(std::vector<raw::Symbol>(4096, {3, leafMark})));
+    for (const std::size_t count : {4097u, 5000u, 65535u}) {
+        SCOPED_TRACE(count);
+        expectCorrupted(bytesWithSymbols(std::vector<raw::Symbol>(count, {3, leafMark})));
+    }
+    expectCorrupted(bytesWithSymbols({}));
+}
+
+TEST(DamagedTable, WithASymbolOfTooManyValuesIsReported) {
+    expectKnown(bytesWithSymbols(doublings(8)));
+    expectCorrupted(bytesWithSymbols(doublings(9)));
+    std::vector<raw::Symbol> oneTooMany = doublings(8);
+    oneTooMany.push_back({8, 0});
+    expectCorrupted(bytesWithSymbols(oneTooMany));
+}
+
+TEST(DamagedTable, WithASymbolThatLeadsNowhereIsReported) {
+    const raw::Symbol value{3, leafMark};
+    expectCorrupted(bytesWithSymbols({value, {1, 0}}));          // to itself
+    expectCorrupted(bytesWithSymbols({{1, 2}, {2, 0}, value}));  // in a circle
+    expectCorrupted(bytesWithSymbols({value, {2, 0}}));          // behind the last
+    expectCorrupted(bytesWithSymbols({value, {0, 0xFFE}}));
+    expectKnown(bytesWithSymbols({{1, 2}, {2, 2}, value}));
+}
+
+// ---- damaged tables -------------------------------------------------------------------------------------------
+
 TEST(DamagedTable, ThatIsLongerThanItNeedBeIsRead) {
     const TableFolder folder;
     folder.write("KRvK.rtbw", realBytes("KRvK.rtbw") + std::string(5000, '\x55'));
@@ -524,6 +593,91 @@ TEST(DamagedTable, OfDistancesFailsTheProbeOfDistancesAlone) {
         EXPECT_FALSE(values.dtzKnown);
     }
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "Corrupted table.\n");
+}
+
+namespace {
+
+// Whether the bytes are taken as the DTZ file of a table; values all over it are then decoded.
+bool isTakenAsDtz(const char* name, std::string_view bytes) {
+    const GuardedBytes guarded(bytes);
+    dtzCacheRecord& record = dtzCache[0];
+    const TableMaterial material = materialOfName(name);
+    record = dtzCacheRecord{material.key, material.key2, new dtzEntry{}};
+    record.entry->material = material;
+    record.entry->data = guarded.file;
+    const bool taken = setUpTableDtz(*record.entry);
+    for (const DtzFile& group : record.entry->file) {
+        for (u64 i = 0; taken && group.side.stream != nullptr && i < 500; ++i) {
+            const i32 value = decodeStream(*group.side.stream, group.side.tbSize * i / 500);
+            EXPECT_TRUE(value >= 0 && value <= 255) << value;
+        }
+    }
+    record.entry->data = MappedFile{};
+    unloadTableDtz(record);
+    return taken;
+}
+
+// Every size that ends in the header, then some.
+std::vector<std::size_t> cutSizes(std::size_t size) {
+    constexpr std::size_t headerSize = 1200;
+    std::vector<std::size_t> sizes;
+    for (std::size_t cut = 0; cut < size; cut += cut < headerSize ? 1 : 17) {
+        sizes.push_back(cut);
+    }
+    return sizes;
+}
+
+// A DTZ file for KRvK whose numbers go through value maps.
+std::string mappedDtz() {
+    StreamPlan stream = planOf(randomValues(threeMenSize, 40, 9, 1));
+    stream.flags = DTZ_MAPPED;
+    const std::string list(100, '\x05');
+    return writer::fileBytes(
+        {writer::dtzMagic, 0, {threeMenOrder(ROOK)}, {stream}, {{list, list, list, list}}});
+}
+
+}  // namespace
+
+TEST(DamagedTable, OfDistancesThatIsCutShortIsReported) {
+    constexpr std::size_t checksumSize = 16;  // at the end of real files; nobody needs it
+    struct {
+        const char* name;
+        std::string bytes;
+        std::size_t idle;  // bytes at the end
+    } const files[] = {
+        {"KRvK", realBytes("KRvK.rtbz"), checksumSize},
+        {"KPvK", realBytes("KPvK.rtbz"), checksumSize},
+        {"KQvK", realBytes("KQvK.rtbz"), checksumSize},
+        {"KRvK", mappedDtz(), 0},
+    };
+    for (const auto& [name, bytes, idle] : files) {
+        const std::size_t needed = bytes.size() - idle;
+        SCOPED_TRACE(std::string(name) + " of " + std::to_string(bytes.size()));
+        EXPECT_TRUE(isTakenAsDtz(name, bytes));
+        EXPECT_TRUE(isTakenAsDtz(name, bytes.substr(0, needed)));
+        EXPECT_FALSE(isTakenAsDtz(name, bytes.substr(0, needed - 1)));
+        for (const std::size_t size : cutSizes(needed)) {
+            EXPECT_FALSE(isTakenAsDtz(name, bytes.substr(0, size))) << size;
+        }
+    }
+}
+
+TEST(DamagedTable, OfDistancesThatIsCutShortFailsTheProbeOfDistancesAlone) {
+    const std::string bytes = realBytes("KRvK.rtbz");
+    for (std::size_t size = 1; size < bytes.size() - 16; size += size / 4 + 1) {
+        SCOPED_TRACE(size);
+        const TableFolder folder;
+        folder.write("KRvK.rtbw", realBytes("KRvK.rtbw"));
+        folder.write("KRvK.rtbz", bytes.substr(0, size));
+        tables::registerFolder(folder.path.string());
+        testing::internal::CaptureStdout();
+        for (i32 i = 0; i < 2; ++i) {
+            const tables::Values values = tables::probe("8/8/3k4/8/8/8/8/K5R1 w - -");
+            EXPECT_TRUE(values.wdlKnown);
+            EXPECT_FALSE(values.dtzKnown);
+        }
+        EXPECT_EQ(testing::internal::GetCapturedStdout(), "Corrupted table.\n");
+    }
 }
 
 // Any byte of a file may be anything: what counts is that the process lives and that no value lies out of range.
