@@ -56,7 +56,7 @@ static bool findFirst(std::FILE* file, u64 key, BookRecord& best, i64& number) {
         const i64 mid = (low + high) / 2;
         BookRecord record{};
         if (!readRecordAt(file, mid * bookRecordSize, record)) {
-            return false;
+            return false;  // the last record was read: the disk fails, or the file was cut meanwhile
         }
         if (key <= record.key) {
             best = record;
