@@ -4,6 +4,7 @@
 #include "frontend/frontend.h"
 #include "frontend/ini.h"
 #include "platform/print.h"
+#include "tablebase/tablebase.h"
 
 #include <limits>
 
@@ -47,7 +48,7 @@ constexpr IntKey safePlyKey = {engineSection, "safePly", 10, 2, 64};
 constexpr BoolKey bookKey = {bookSection, "Book", 1};
 constexpr BoolKey randBookKey = {bookSection, "RandBook", 1};
 constexpr BoolKey syzygyKey = {tablebaseSection, "Syzygy", 1};
-constexpr IntKey syzygyMenKey = {tablebaseSection, "SyzygyMen", 5, 3, 7};
+constexpr IntKey syzygyMenKey = {tablebaseSection, "SyzygyMen", 5, 3, probeMenMax};
 constexpr IntKey suddenDeathKey = {timeSection, "SuddenDeath", 20, 20, 40};
 constexpr IntKey moreTimeKey = {timeSection, "MoreTime", 5, 5, 15};
 constexpr IntKey lessTimeKey = {timeSection, "LessTime", 5, 5, 15};

@@ -10,8 +10,7 @@
 
 #include <array>
 
-constexpr i32 tbMenMax = 6;     // of a table
-constexpr i32 probeMenMax = 7;  // of a position that is probed: SyzygyMen goes no higher
+constexpr i32 tbMenMax = 6;
 
 // ---- records --------------------------------------------------------------------------------------------------
 

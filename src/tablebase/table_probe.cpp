@@ -2,6 +2,7 @@
 // gathering the squares in its order and frame.
 #include "board/attacks.h"
 #include "tablebase/internal.h"
+#include "tablebase/tablebase.h"
 
 #include <algorithm>
 #include <mutex>
