@@ -93,15 +93,9 @@ void freePages(void* memory, std::size_t) {
     }
 }
 
+// Pages that were given back might not be had again.
 void zeroPages(void* memory, std::size_t bytes) {
-    if (VirtualFree(memory, bytes, MEM_DECOMMIT) == 0) {
-        std::memset(memory, 0, bytes);
-        return;
-    }
-    // What was given back can be missing for a moment; without it there is no table to write to.
-    while (VirtualAlloc(memory, bytes, MEM_COMMIT, PAGE_READWRITE) == nullptr) {
-        Sleep(10);
-    }
+    std::memset(memory, 0, bytes);
 }
 
 void ignoreInterrupts() {

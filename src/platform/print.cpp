@@ -7,11 +7,16 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <mutex>
 #include <string>
+
+// A line that a stream takes in pieces stays whole. Not constinit: some systems construct it.
+static std::mutex outputMutex;
 
 static thread_local std::string pendingText;
 
 static void writeOut(std::size_t length) {
+    const std::lock_guard<std::mutex> lock(outputMutex);
     std::size_t written = 0;
     do {
         written += std::fwrite(pendingText.data() + written, 1, length - written, stdout);
