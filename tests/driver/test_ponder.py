@@ -9,6 +9,7 @@ import os
 import re
 import resource
 import signal
+import time
 import unittest
 
 from chess_rules import Position
@@ -162,6 +163,19 @@ class WhatALineMeans(PonderTest):
             game.user_plays(sorted(game.position.legal_moves())[0])
             game.take_move()
             game.take_hint()
+
+    @unittest.skipUnless(os.environ.get("TARVELMON_SLOW_CLOCK"), "needs the library that slows the clock")
+    def test_a_hit_after_long_pondering_has_its_whole_budget(self):
+        slow = ("env", "LD_PRELOAD=" + os.environ["TARVELMON_SLOW_CLOCK"])
+        for _ in range(3):
+            game = Game(self.start_engine(arguments=slow)).start()
+            time.sleep(0.5)  # longer than the budget
+            game.position = game.after_expected()
+            game.engine.send("time 2500", "otim 2500", "usermove " + game.expected)
+            budget = int(game.engine.expect(BUDGET)[0].split()[-1]) / 100
+            begun = time.monotonic()
+            game.take_move()
+            self.assertGreater(time.monotonic() - begun, budget / 2)
 
     def test_exit_plays_what_the_search_found_with_the_expected_move_on_the_board(self):
         game = self.pondering_game()
