@@ -132,6 +132,13 @@ static std::string changed(std::string bytes, Random& random) {
     return bytes;
 }
 
+// Ends in part number `part` of `parts` of the file.
+static std::string cut(const std::string& bytes, std::size_t part, std::size_t parts, Random& random) {
+    const std::size_t width = std::max<std::size_t>(1, bytes.size() / parts);
+    const std::size_t end = bytes.size() * part / parts + below(random, width);
+    return bytes.substr(0, std::min(end, bytes.size() - 1));
+}
+
 static std::string shifted(std::string bytes, Random& random) {
     const std::size_t place = below(random, bytes.size());
     const std::size_t count = 1 + below(random, 16);
@@ -177,9 +184,7 @@ int main(int argc, char** argv) {
         ++tried;
     };
     for (std::size_t i = 0; i < cuts; ++i) {
-        const std::size_t first = table.bytes.size() * i / cuts;
-        const std::size_t width = std::max<std::size_t>(1, table.bytes.size() / cuts);
-        attempt("cut", table.bytes.substr(0, std::min(first + below(random, width), table.bytes.size() - 1)));
+        attempt("cut", cut(table.bytes, i, cuts, random));
     }
     for (std::size_t i = 0; i < changes; ++i) {
         attempt("change", changed(table.bytes, random));

@@ -49,8 +49,8 @@ class Streams(HostileTest):
         os.set_blocking(input_read, False)
         os.set_blocking(output_write, False)
         with Engine() as folder_owner:  # for its folder with a small configuration
-            process = subprocess.Popen([os.path.abspath(PROGRAM)], cwd=folder_owner.folder, stdin=input_read, stdout=output_write,
-                                       stderr=subprocess.DEVNULL)
+            process = subprocess.Popen([os.path.abspath(PROGRAM)], cwd=folder_owner.folder, stdin=input_read,
+                                       stdout=output_write, stderr=subprocess.DEVNULL)
             self.addCleanup(process.kill)
             os.close(input_read)
             os.close(output_write)

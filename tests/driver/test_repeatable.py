@@ -47,11 +47,13 @@ def looks():
     return lines
 
 
+def answers(engine, lines):
+    return mask("\n".join(engine.tell(*lines)) + "\n")
+
+
 def in_protocol(engine, lines):
     engine.xboard()
-    for line in lines:
-        engine.send(line)
-    return mask("\n".join(engine.sync()) + "\n")
+    return answers(engine, lines)
 
 
 def in_console(engine, lines):
@@ -76,9 +78,7 @@ class Repeatable(unittest.TestCase):
         for program in PROCESSES:
             engine = self.started(program)
             engine.xboard()
-            for _ in range(2):
-                engine.send(*GAMES)
-                rounds.append(mask("\n".join(engine.sync()) + "\n"))
+            rounds += [answers(engine, GAMES) for _ in range(2)]
         self.assertGreater(len(re.findall("^move ", rounds[0], re.MULTILINE)), 4)
         self.assert_all_equal(rounds)
 

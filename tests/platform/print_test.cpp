@@ -68,34 +68,45 @@ TEST(Print, ThreadsNeverMixTheirLines) {
     }
 }
 
-// Lets standard input read from a text for as long as it lives.
-struct InputText {
-    explicit InputText(const std::string& text) : former(dup(STDIN_FILENO)), file(std::tmpfile()) {
-        std::fwrite(text.data(), 1, text.size(), file);
-        std::rewind(file);
-        dup2(fileno(file), STDIN_FILENO);
+// Standard input is another open file for as long as this lives.
+struct InputFrom {
+    explicit InputFrom(int descriptor) : former(dup(STDIN_FILENO)) {
+        dup2(descriptor, STDIN_FILENO);
         std::clearerr(stdin);
         std::setvbuf(stdin, nullptr, _IONBF, 0);
     }
-    InputText(const InputText&) = delete;
-    InputText& operator=(const InputText&) = delete;
-    ~InputText() {
+    InputFrom(const InputFrom&) = delete;
+    InputFrom& operator=(const InputFrom&) = delete;
+    ~InputFrom() {
         dup2(former, STDIN_FILENO);
         close(former);
-        std::fclose(file);
         std::clearerr(stdin);
     }
     int former;
-    std::FILE* file;
 };
 
-static std::vector<std::string> linesOf(const std::string& text) {
-    const InputText input(text);
+static std::vector<std::string> readLines() {
     std::vector<std::string> lines;
     char line[lineBufferSize];
     while (readLine(line)) {
         lines.emplace_back(line);
     }
+    return lines;
+}
+
+// A file that holds a text, at its start. The caller closes it.
+static std::FILE* fileOf(const std::string& text) {
+    std::FILE* file = std::tmpfile();
+    std::fwrite(text.data(), 1, text.size(), file);
+    std::rewind(file);
+    return file;
+}
+
+static std::vector<std::string> linesOf(const std::string& text) {
+    std::FILE* file = fileOf(text);
+    const InputFrom input(fileno(file));
+    const std::vector<std::string> lines = readLines();
+    std::fclose(file);
     return lines;
 }
 
@@ -131,10 +142,7 @@ TEST(ReadLine, GivesTheLinesOfAnyInput) {
 TEST(ReadLine, WaitsForAThreadBehindAPipeThatDoesNotBlock) {
     int ends[2];
     ASSERT_EQ(pipe2(ends, O_NONBLOCK), 0);
-    const int former = dup(STDIN_FILENO);
-    dup2(ends[0], STDIN_FILENO);
-    std::clearerr(stdin);
-    std::setvbuf(stdin, nullptr, _IONBF, 0);
+    const InputFrom input(ends[0]);
     std::thread writer([&ends] {
         for (const std::string piece : {"one\nt", "w", "o\nthr", "ee"}) {
             std::this_thread::sleep_for(std::chrono::milliseconds(20));
@@ -142,23 +150,17 @@ TEST(ReadLine, WaitsForAThreadBehindAPipeThatDoesNotBlock) {
         }
         close(ends[1]);
     });
-    std::vector<std::string> lines;
-    char line[lineBufferSize];
-    while (readLine(line)) {
-        lines.emplace_back(line);
-    }
+    EXPECT_EQ(readLines(), (std::vector<std::string>{"one", "two", "three"}));
     writer.join();
-    EXPECT_EQ(lines, (std::vector<std::string>{"one", "two", "three"}));
-    dup2(former, STDIN_FILENO);
-    close(former);
     close(ends[0]);
-    std::clearerr(stdin);
 }
 
 TEST(ReadLine, ClearsTheBufferBehindTheLine) {
-    const InputText input("a long line\nb\n");
+    std::FILE* file = fileOf("a long line\nb\n");
+    const InputFrom input(fileno(file));
     char line[lineBufferSize];
     ASSERT_TRUE(readLine(line));
     ASSERT_TRUE(readLine(line));
     EXPECT_EQ(std::string(line, sizeof line), "b" + std::string(sizeof line - 1, '\0'));
+    std::fclose(file);
 }

@@ -2,7 +2,6 @@
 // memory that may not be read.
 #include "guarded_bytes.h"
 #include "raw_stream.h"
-#include "real_tables.h"
 
 using raw::indexPointPlace;
 using raw::oneIndexPoint;
@@ -58,15 +57,8 @@ i32 valueOfBlock(u32 block, u32 number) {
     return (byte >> (7 - number % 8) & 1) == 0 ? 3 : 1;
 }
 
-constexpr const char* whiteMoves = "8/8/3k4/8/8/8/8/K5R1 w - -";
-
-// Whether the probe of a position knows a value, with the stream in a file.
 bool isKnown(const Stream& stream) {
-    const TableFolder folder;
-    folder.write("KRvK.rtbw", raw::wdlBytes(stream));
-    tables::registerFolder(folder.path.string());
-    i32 wdl = 0;
-    return tables::wdlOf(whiteMoves, wdl);
+    return raw::isKnown(raw::wdlBytes(stream));
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // A table of KRvK with one stream whose tables are given field by field, whether they fit together or not.
 #pragma once
 
+#include "real_tables.h"
 #include "table_folder.h"
 #include "tablebase/bytes.h"
 
@@ -72,6 +73,15 @@ inline std::string wdlBytes(const Stream& stream) {
     }
     bytes.resize((bytes.size() + 63) / 64 * 64, '\0');
     return bytes + stream.blocks;
+}
+
+/// Whether the probe of a position knows a value, with these bytes as the file.
+inline bool isKnown(const std::string& bytes) {
+    const TableFolder folder;
+    folder.write("KRvK.rtbw", bytes);
+    tables::registerFolder(folder.path.string());
+    i32 wdl = 0;
+    return tables::wdlOf("8/8/3k4/8/8/8/8/K5R1 w - -", wdl);
 }
 
 }  // namespace raw
