@@ -2,6 +2,8 @@
 #include "board/board.h"
 #include "board/node_moves.h"
 
+#include <algorithm>
+
 constinit std::array<Scacchiera, gameRecordsMax + searchRecordsMax + 64> boardStack{};
 constinit Scacchiera* board = boardStack.data();
 
@@ -52,6 +54,24 @@ static void copyRecord(Mossa move, bool withKey) {
     ++board;
 }
 
+// Whether the men on the move's squares are those its kind speaks of.
+static bool fitsPosition(const MoveParts& move, const MenOfMove& standing) {
+    const bool takesTarget = (move.kind & 8) != 0 && move.kind != EN_PASSANT;
+    return standing.moved == (move.kind & 7) && (takesTarget || standing.captured == EMPTY);
+}
+
+// A move that was found for another position, as the reply of a ponder search may be. Its kind tells which squares
+// change, but key and score take what stands there, and the kings as they stand afterwards: deliberate.
+static void writeStrayRecord(const MoveParts& move, const MenOfMove& standing) {
+    const Placement after = node::placementAfter(*board, move);
+    const TBB allKings = after.nbk & after.rqk;
+    NodeMoves n = nodeMoves();
+    n.men = std::max(n.men, 1);  // a capture on an empty board: there is no term for fewer than no men
+    n.captureKings = node::kingTermsOfCapture(n.men, kingSquare(allKings & after.side),
+                                              kingSquare(byteSwap(allKings & ~after.side)));
+    node::writeRecord<MakeDepth::full>(n, after, move, standing);
+}
+
 void makeMove(Mossa move) {
     assert(board + 1 < boardStack.data() + boardStack.size());
     ++SearchInfo.nodes;
@@ -59,8 +79,13 @@ void makeMove(Mossa move) {
         copyRecord(move, true);
         return;
     }
-    node::writeRecord<MakeDepth::full>(nodeMoves(), node::placementAfter(*board, partsOf(move)),
-                                       partsOf(move));
+    const MoveParts parts = partsOf(move);
+    const MenOfMove standing{pieceCode(*board, parts.from), pieceCode(*board, parts.to)};
+    if (!fitsPosition(parts, standing)) [[unlikely]] {
+        writeStrayRecord(parts, standing);
+        return;
+    }
+    node::writeRecord<MakeDepth::full>(nodeMoves(), node::placementAfter(*board, parts), parts, standing);
 }
 
 void makeMoveLight(Mossa move) {
@@ -70,8 +95,8 @@ void makeMoveLight(Mossa move) {
         copyRecord(move, false);
         return;
     }
-    node::writeRecord<MakeDepth::light>(NodeMoves{}, node::placementAfter(*board, partsOf(move)),
-                                        partsOf(move));
+    const MoveParts parts = partsOf(move);
+    node::writeRecord<MakeDepth::light>(NodeMoves{}, node::placementAfter(*board, parts), parts, MenOfMove{});
 }
 
 void makeNullMove() {

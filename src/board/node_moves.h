@@ -31,6 +31,12 @@ struct MoveParts {
     i32 promo;
 };
 
+/// Piece codes of the two men of a move.
+struct MenOfMove {
+    i32 moved;
+    i32 captured;  // EMPTY without a capture, and for en passant
+};
+
 [[nodiscard]] inline MoveParts partsOf(Mossa move) {
     return {moveKind(move), moveFrom(move) & 63, moveTo(move) & 63, movePromo(move) & 7};
 }
@@ -171,14 +177,19 @@ inline constexpr std::array<u8, 64> cornerRights = [] {
     return static_cast<u8>(rights & ~lost);
 }
 
-// What psqScore gains for the mover. `moved` and `captured` are piece codes.
+// The men of a move that fits its position: the kind tells what moves, and only captures look at the target.
+[[nodiscard]] inline MenOfMove menOfMove(const MoveParts& move) {
+    return {move.kind & 7, (move.kind & 8) != 0 ? pieceCode(*board, move.to) : i32{EMPTY}};
+}
+
+// What psqScore gains for the mover.
 [[nodiscard]] inline i32 scoreOfMove(const NodeMoves& n, const Placement& after, const MoveParts& move,
-                                     i32 captured) {
+                                     const MenOfMove& men) {
     const auto [kind, from, to, promo] = move;
-    const i32 moved = kind & 7;
+    const auto [moved, captured] = men;
     const auto& kingRow = kingTerms[n.men];
     if (kind < 8) {
-        return moved == KING ? kingRow[to] - kingRow[from] : psqTable[moved][to] - psqTable[moved][from];
+        return kind == MOVE_KING ? kingRow[to] - kingRow[from] : psqTable[moved][to] - psqTable[moved][from];
     }
     i32 gain = 0;
     switch (kind) {
@@ -217,9 +228,9 @@ inline constexpr std::array<u8, 64> cornerRights = [] {
 }
 
 // What the key gains by the men of the move.
-[[nodiscard]] inline u64 keyOfMove(const MoveParts& move, i32 captured, i32 moverRow) {
+[[nodiscard]] inline u64 keyOfMove(const MoveParts& move, const MenOfMove& men, i32 moverRow) {
     const auto [kind, from, to, promo] = move;
-    const i32 moved = kind & 7;
+    const auto [moved, captured] = men;
     const i32 enemyRow = moverRow ^ 8;
     const auto& own = zobrist.piece;
     u64 key = own[moverRow + moved][from] ^ own[moverRow + (promo != 0 ? promo : moved)][to];
@@ -239,10 +250,10 @@ inline constexpr std::array<u8, 64> cornerRights = [] {
 }
 
 // Key of the position after the move, which leaves `rights` and sets `epFile`.
-[[nodiscard]] inline u64 keyAfter(const NodeMoves& n, const MoveParts& move, i32 captured, u8 rights,
+[[nodiscard]] inline u64 keyAfter(const NodeMoves& n, const MoveParts& move, const MenOfMove& men, u8 rights,
                                   u8 epFile) {
     const Scacchiera& old = *board;
-    const u64 key = n.keyBase ^ keyOfMove(move, captured, blackToMove(old) ? 0 : 8) ^ zobrist.ep[epFile];
+    const u64 key = n.keyBase ^ keyOfMove(move, men, blackToMove(old) ? 0 : 8) ^ zobrist.ep[epFile];
     return rights == old.castleRights
                ? key
                : key ^ zobrist.castle[swapRights(old.castleRights)] ^ zobrist.castle[swapRights(rights)];
@@ -255,7 +266,7 @@ inline constexpr std::array<u8, 64> cornerRights = [] {
 // Writes the record of `move` above the current one, flipped, and steps `board` up. `after` is placementAfter.
 template <MakeDepth How>
 [[gnu::always_inline]] inline void writeRecord(const NodeMoves& n, const Placement& after,
-                                               const MoveParts& move) {
+                                               const MoveParts& move, const MenOfMove& men) {
     const Scacchiera& old = *board;
     Scacchiera& next = board[1];
     const i32 kind = move.kind;
@@ -275,9 +286,8 @@ template <MakeDepth How>
     next.epFile = epFile;
 
     if constexpr (How == MakeDepth::full) {
-        const i32 captured = (kind & 8) != 0 ? pieceCode(old, to) : 0;
-        next.hashKey = keyAfter(n, move, captured, rights, epFile);
-        next.psqScore = wrap16(-(old.psqScore + scoreOfMove(n, after, move, captured)));
+        next.hashKey = keyAfter(n, move, men, rights, epFile);
+        next.psqScore = wrap16(-(old.psqScore + scoreOfMove(n, after, move, men)));
     } else {
         next.hashKey = old.hashKey;
         next.psqScore = wrap16(-old.psqScore);
@@ -329,9 +339,9 @@ template <MakeDepth How>
 [[nodiscard]] inline u64 keyAfter(const NodeMoves& n, Mossa m) {
     const MoveParts move = partsOf(m);
     const auto [kind, from, to, promo] = move;
-    const i32 captured = (kind & 8) != 0 ? pieceCode(*board, to) : 0;
     const u8 epFile = node::isDoublePush(kind, from, to) ? static_cast<u8>(to & 7) : noEpFile;
-    return node::keyAfter(n, move, captured, node::rightsAfter(board->castleRights, kind, from, to), epFile);
+    return node::keyAfter(n, move, node::menOfMove(move),
+                          node::rightsAfter(board->castleRights, kind, from, to), epFile);
 }
 
 /// Plays a move, one of the seventeen kinds and pseudo-legal in the position of `n` at `board`, if it leaves no own
@@ -347,7 +357,7 @@ template <MakeDepth How = MakeDepth::full>
     if (mayExpose && node::kingIsAttacked(after)) {
         return false;
     }
-    node::writeRecord<How>(n, after, move);
+    node::writeRecord<How>(n, after, move, node::menOfMove(move));
     return true;
 }
 

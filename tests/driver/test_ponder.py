@@ -219,6 +219,24 @@ class WhatALineMeans(PonderTest):
         game.take_move()
         self.assertEqual(game.engine.sync(), [])
 
+    def test_a_move_of_the_former_game_counts_by_what_stands_on_its_squares(self):
+        # e5d3 is played in the new game's position, where nothing stands on e5: key and score follow the squares.
+        engine = self.start_engine(10)
+        engine.xboard()
+        engine.tell("new", "hard", "sd 2", "level 0 5 0")
+        engine.send("usermove e2e4")
+        engine.expect(MOVE)
+        engine.send("usermove d2d4")
+        engine.expect("Hint: b1d2 ")
+        engine.expect(r" 2 .*")
+        engine.send("new")
+        engine.expect("move e5d3 ")
+        engine.send("usermove e2e4")
+        engine.expect("Illegal move: e2e4")
+        self.assertRegex(engine.expect(r" 1 .*")[0], r"^ 1     20 +\d+         25 g8f6  $")
+        self.assertRegex(engine.expect(r" 2 .*")[0], r"^ 2    -10 +\d+        482 g8f6  b1c3  $")
+        engine.expect("move g8f6 ")
+
     def test_new_plays_the_move_on_the_new_game_s_board_and_ends_pondering(self):
         game = self.pondering_game()
         game.engine.send("new")
