@@ -223,10 +223,8 @@ static i32 probeDtzPlain(bool mayStep, i32& success) {
         }
     }
     const i32 stored = probeDtzTable(wdl, success);
-    if (success == 0) {
-        return 0;
-    }
-    if (success > 0) {
+    // Deliberate: when the table fails, its 0 goes the same way, and the distance of a failed probe is 1 or 101.
+    if (success >= 0) {
         const i32 dtz = stored + ((wdl & 1) != 0 ? 101 : 1);
         return wdl < 0 ? -dtz : dtz;
     }
@@ -260,11 +258,11 @@ static i32 dtzWithEp(i32 plain, const EpCaptures& ep) {
 
 static i32 probeDtzWithin(bool mayStep, i32& success) {
     const i32 plain = probeDtzPlain(mayStep, success);
-    if (success == 0) {
-        return 0;
-    }
     if (board->epFile == noEpFile) {
         return plain;
+    }
+    if (success == 0) {
+        return 0;
     }
     const EpCaptures ep = probeEpCaptures(success);
     return success == 0 ? 0 : dtzWithEp(plain, ep);

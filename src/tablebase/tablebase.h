@@ -16,6 +16,8 @@ void tbInit(const char* path);
 i32 probeWdl(i32& success);
 
 /// Distance to a zeroing move in plies, positive for the winner; beyond 100 the fifty-move rule spoils it; 0 draw.
+/// `success` becomes 0 if the tables do not know; deliberate: without en passant, a failed distance table still gives
+/// the least distance of the result, plus or minus 1 or 101.
 i32 probeDtz(i32& success);
 
 /// Ranks the legal moves in `rootList` by tbRank and keeps those that keep the result. Returns 1, or 0 if a probe

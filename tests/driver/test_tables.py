@@ -28,6 +28,8 @@ def table(name):
 
 WDL = table("KQvK.rtbw")
 DTZ = table("KQvK.rtbz")
+ROOK_WDL = table("KRvK.rtbw")
+ROOK_DTZ = table("KRvK.rtbz")
 DAMAGED_WDL = {"another magic": DTZ, "cut": WDL[:40], "no index bits": WDL[:14] + b"\0" + WDL[15:]}
 
 
@@ -50,13 +52,13 @@ PROBES = {
 
 
 class TablesTest(unittest.TestCase):
-    def folder(self, wdl=None, dtz=None):
-        """A new folder with these files for the queen ending; its path."""
+    def folder(self, wdl=None, dtz=None, material="KQvK"):
+        """A new folder with these files for the material; its path."""
         folder = tempfile.TemporaryDirectory(prefix="tarvelmon-tables-")
         self.addCleanup(folder.cleanup)
         for suffix, content in (("rtbw", wdl), ("rtbz", dtz)):
             if content is not None:
-                with open(os.path.join(folder.name, "KQvK." + suffix), "wb") as file:
+                with open(os.path.join(folder.name, material + "." + suffix), "wb") as file:
                     file.write(content)
         return folder.name
 
@@ -154,6 +156,19 @@ class TablesThatAreLeftOut(TablesTest):
     def test_a_damaged_table_of_distances_is_told_once(self):
         engine = self.plays(self.folder(wdl=WDL, dtz=DTZ[:1000]), 1)
         self.assertEqual(engine.text.count(CORRUPTED + "\n"), 1)
+        self.assert_ends_well(engine)
+
+    def test_a_failed_table_of_distances_hands_on_the_least_distance(self):
+        magic = bytes(byte ^ 0xFF for byte in ROOK_DTZ[:4])
+        engine = self.start(self.folder(wdl=ROOK_WDL, dtz=magic + ROOK_DTZ[4:], material="KRvK"))
+        engine.console()
+        for side, dtz, wdl in (("w", 1, 2), ("b", -1, -2)):
+            with self.subTest(side):
+                engine.ask("setboard 4k3/8/4K3/8/8/8/8/7R %s - - 0 1" % side)
+                self.assertIn("probe ok:       0  (1=true, 0=false)\n"
+                              "DTZ:            %d\n"
+                              "WDL:            %d\n"
+                              "TBScore:        0\n" % (dtz, wdl), engine.ask("w"))
         self.assert_ends_well(engine)
 
     def test_what_is_no_file_is_absent(self):

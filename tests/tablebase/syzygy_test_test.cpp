@@ -2,6 +2,8 @@
 #include "real_tables.h"
 #include "table_folder.h"
 
+#include <gmock/gmock.h>
+
 #include <sstream>
 
 #include <unistd.h>
@@ -44,7 +46,8 @@ TEST(SyzygyTest, SortsTheCasesThatDisagreeFromTheBadOnes) {
         "7k/6Q1/6K1/8/8/8/8/8 b - - 0 1,-1,-2\r\n"  // right
         "7k/8/6K1/8/8/8/8/R7 w - - 0 1,3,2\n"       // another distance
         "7k/8/6K1/8/8/8/8/R7 w - - 0 1,1,1\n"       // another result
-        "8/8/3k1r2/8/8/3K4/Q7/8 b - - 0 1,0,0\n"    // no table
+        "8/8/3k1r2/8/8/3K4/Q7/8 b - - 0 1,1,2\n"    // no table
+        "8/8/3k1r2/8/8/3K4/Q7/8 b - - 0 1,0,0\n"    // no table, and yet the value
         "not a position,1,2\n"
         "7k/8/6K1/8/8/8/8/R7 w - - 0 1\n"  // no answers
         "\n" +
@@ -57,10 +60,23 @@ TEST(SyzygyTest, SortsTheCasesThatDisagreeFromTheBadOnes) {
     EXPECT_EQ(folder.read("Error.txt"),
               "7k/8/6K1/8/8/8/8/R7 w - - 0 1,3,2\n"
               "7k/8/6K1/8/8/8/8/R7 w - - 0 1,1,1\n"
-              "8/8/3k1r2/8/8/3K4/Q7/8 b - - 0 1,0,0\n"
+              "8/8/3k1r2/8/8/3K4/Q7/8 b - - 0 1,1,2\n"
               "8/8/3k4/8/8/3K4/B7/8 w - - 0 1,99999999999999999999,0\n");
     EXPECT_EQ(folder.read("BadFEN.txt"),
               "not a position,1,2\n7k/8/6K1/8/8/8/8/R7 w - - 0 1\n\n" + std::string(255, 'x') + "\n");
+}
+
+TEST(SyzygyTest, TheDistanceOfATableThatFailsCountsWhereItAgrees) {
+    const WorkingFolder folder(
+        "4k3/8/4K3/8/8/8/8/7R w - - 0 1,1,2\n"
+        "4k3/8/4K3/8/8/8/8/7R w - - 0 1,3,2\n"
+        "4k3/8/4K3/8/8/8/8/7R b - - 0 1,-1,-2\n");
+    const TableFolder damaged;
+    damaged.write("KRvK.rtbw", realBytes("KRvK.rtbw"));
+    damaged.write("KRvK.rtbz", "no table");
+    tables::registerFolder(damaged.path.string());
+    EXPECT_THAT(runHarness(), testing::HasSubstr("Error:               1 "));
+    EXPECT_EQ(folder.read("Error.txt"), "4k3/8/4K3/8/8/8/8/7R w - - 0 1,3,2\n");
 }
 
 TEST(SyzygyTest, AppendsToTheFilesOfEarlierRuns) {

@@ -393,6 +393,23 @@ TEST(TableFile, AStoredNumberBeyondItsValueMapFails) {
     EXPECT_EQ(success, 0);
 }
 
+TEST(TableFile, AFailedTableOfDistancesGivesTheLeastDistanceOfTheResult) {
+    const TableFolder folder;
+    folder.write("KRvK.rtbw", realBytes("KRvK.rtbw"));
+    folder.write("KRvK.rtbz", "no table");
+    tables::registerFolder(folder.path.string());
+    const tables::Values won = tables::probe("4k3/8/4K3/8/8/8/8/7R w - - 0 1");
+    EXPECT_TRUE(won.wdlKnown);
+    EXPECT_FALSE(won.dtzKnown);
+    EXPECT_EQ(won.dtz, 1);
+    const tables::Values lost = tables::probe("4k3/8/4K3/8/8/8/8/7R b - - 0 1");
+    EXPECT_FALSE(lost.dtzKnown);
+    EXPECT_EQ(lost.dtz, -1);
+    const tables::Values withEp = tables::probe("4k3/8/4K3/8/8/8/8/7R w - d6 0 1");
+    EXPECT_FALSE(withEp.dtzKnown);
+    EXPECT_EQ(withEp.dtz, 0) << "the step for en passant gives a failed probe up";
+}
+
 TEST(TableFile, ATableThatStoresNeitherSideEndsTheProbe) {
     const TableFolder folder;
     // a symmetric pawn table whose flag says "the other side" for both
