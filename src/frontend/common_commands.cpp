@@ -10,8 +10,13 @@
 // At or below this the opponent's clock switches pondering off, centiseconds.
 constexpr i32 lowOpponentClock = 1000;
 
+// The configured size stays as it is shown; the number of records becomes that of the table there is.
+static void allocateHashTable() {
+    EngineOptions.hashEntries = hashAlloc(EngineOptions.hashEntries, EngineOptions.hashSize);
+}
+
 void setUpTables() {
-    hashAlloc(EngineOptions.hashEntries, EngineOptions.hashSize);
+    allocateHashTable();
     pawnHashAlloc();
     if (EngineOptions.syzygy != 0) {
         tbInit(EngineOptions.syzygyPath);
@@ -21,7 +26,7 @@ void setUpTables() {
 void resizeHashTable(i32 megabytes) {
     EngineOptions.hashSize = megabytes;
     EngineOptions.hashEntries = hashEntriesFor(megabytes);
-    hashAlloc(EngineOptions.hashEntries, megabytes);
+    allocateHashTable();
 }
 
 u8 sideToMove() {

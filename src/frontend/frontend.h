@@ -18,7 +18,7 @@ struct EngineOptionsRecord {
     Relaxed<i32> minDepth;  // plies
     i32 hashSize;           // MB
     i32 pawnHashSize;       // MB
-    u64 hashEntries;        // records, derived from hashSize
+    u64 hashEntries;        // records, derived from hashSize; fewer when they could not be had
     u64 pawnHashEntries;    // records, derived from pawnHashSize
     i32 safePly;            // depth from which a ponder search is good enough
     i32 kingDanger;         // set by evaluate, cleared and read by search

@@ -24,8 +24,9 @@ struct ys_hash {
 static_assert(sizeof(ys_hash) == 16);
 
 /// Frees the table and allocates `entries` empty records, said in two lines with `megabytes`. If they cannot be had: the
-/// failure line, then a smaller table, said likewise with its own numbers; at the worst one record, said as 0.
-void hashAlloc(u64 entries, i32 megabytes);
+/// failure line alone, and a smaller table, at the worst one record. Returns the number of records: `entries`, or what
+/// the smaller table has.
+u64 hashAlloc(u64 entries, i32 megabytes);
 /// Empties the table. `entries` is the number the caller believes in; never more than the table has are touched.
 void hashClear(u64 entries);
 /// Begins to fetch the slot of the position with this key, for a hashProbe that follows soon.
@@ -54,7 +55,7 @@ struct hashPawn {
 static_assert(sizeof(hashPawn) == 24);
 
 /// Frees the table and allocates EngineOptions.pawnHashEntries empty records, said in a line. If they cannot be had:
-/// the failure line, then a smaller table, said likewise; at the worst one record, said as 0 MB.
+/// the failure line alone, and a smaller table, at the worst one record.
 void pawnHashAlloc();
 /// Looks up the pawns of the record at `board` as its side to move sees them. Returns `pawnScore` as an unsigned
 /// 16-bit number, or PAWN_HASH_MISS; `recordCopy` then holds what the slot held.

@@ -33,14 +33,12 @@ __extension__ using u128 = unsigned __int128;
 }
 
 /// Allocates what can be had of a table of which `wanted` records cannot: at most `most`, halved until it succeeds.
-/// Returns the number of records, 0 if not even a small table can be had.
+/// Leaves everything as it is if not even a small table can be had.
 template <typename Allocate>
-u64 smallerTable(u64 wanted, u64 most, Allocate allocate) {
+void allocateSmallerTable(u64 wanted, u64 most, Allocate allocate) {
     constexpr u64 fewest = 1024;
-    for (u64 entries = std::min(wanted / 2, most); entries >= fewest; entries /= 2) {
-        if (allocate(entries)) {
-            return entries;
-        }
+    u64 entries = std::min(wanted / 2, most);
+    while (entries >= fewest && !allocate(entries)) {
+        entries /= 2;
     }
-    return 0;
 }

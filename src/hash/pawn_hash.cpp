@@ -124,15 +124,14 @@ static bool allocateTable(u64 entries) {
 
 void pawnHashAlloc() {
     freeTable();
-    i32 megabytes = EngineOptions.pawnHashSize;
     const u64 wanted = EngineOptions.pawnHashEntries;
     // A table without records is no failure; the lone record serves it.
     if (wanted != 0 && !allocateTable(wanted)) {
         print("Pawn Hash Table Memory Allocation Failed!\n");
-        const u64 entries = smallerTable(wanted, defaultPawnHashEntries, allocateTable);
-        megabytes = static_cast<i32>(entries * sizeof(hashPawn) >> 20);
+        allocateSmallerTable(wanted, defaultPawnHashEntries, allocateTable);
+        return;
     }
-    print("Allocated %i MB for the Pawn Hash Table\n", megabytes);
+    print("Allocated %i MB for the Pawn Hash Table\n", EngineOptions.pawnHashSize);
 }
 
 void pawnHashClear() {

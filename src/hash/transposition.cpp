@@ -93,16 +93,17 @@ static bool allocateTable(u64 entries) {
     return true;
 }
 
-void hashAlloc(u64 entries, i32 megabytes) {
+u64 hashAlloc(u64 entries, i32 megabytes) {
     freeTable();
     // A table without records is no failure; the sole record serves it.
     if (entries != 0 && !allocateTable(entries)) {
         print("Hash Table Memory Allocation Failed!\n");
-        entries = smallerTable(entries, defaultHashEntries, allocateTable);
-        megabytes = static_cast<i32>(entries * sizeof(ys_hash) >> 20);
+        allocateSmallerTable(entries, defaultHashEntries, allocateTable);
+        return heldEntries;
     }
     print("Allocated %i MB for the Hash Table\n", megabytes);
     print("Hash Record allocated: %lld\n", static_cast<long long>(entries));
+    return entries;
 }
 
 // Zeroes one part in `generations` of the table, another one in each generation: when a generation comes round again

@@ -216,16 +216,7 @@ constexpr FailureCase failureCases[] = {
 TEST(PawnHash, WhatCannotBeHadGivesASmallerTableThatWorks) {
     for (const FailureCase& c : failureCases) {
         SCOPED_TRACE(c.name);
-        const std::string said = allocate(7, c.entries);
-        i32 megabytes = -1;
-        ASSERT_EQ(std::sscanf(
-                      said.c_str(),
-                      "Pawn Hash Table Memory Allocation Failed!\nAllocated %d MB for the Pawn Hash Table\n",
-                      &megabytes),
-                  1)
-            << said;
-        EXPECT_GE(megabytes, 0);
-        EXPECT_LE(megabytes, 256);
+        EXPECT_EQ(allocate(7, c.entries), "Pawn Hash Table Memory Allocation Failed!\n");
         setUp(kiwipete);
         hashPawn copy{};
         EXPECT_EQ(pawnHashProbe(copy), PAWN_HASH_MISS);
