@@ -1,47 +1,65 @@
-// Start of a fuzz program and its scratch file.
+// Start of a fuzz program and its files in memory.
 #include "fuzz_support.h"
 
 #include "board/board.h"
 
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <random>
+#include <vector>
 
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
+// The fuzzer keeps the texts for good.
+static void makeNamesAbsolute(int argc, char** argv) {
+    static std::vector<std::string> names;
+    names.reserve(static_cast<std::size_t>(argc));
+    for (int i = 1; i < argc; ++i) {
+        if (argv[i][0] != '-') {
+            names.push_back(std::filesystem::absolute(argv[i]).string());
+            argv[i] = names.back().data();
+        }
+    }
+}
+
+extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {
+    makeNamesAbsolute(*argc, *argv);
     initBoardTables();
     newGame();
     return std::freopen("/dev/null", "w", stdout) != nullptr ? 0 : 1;
 }
 
-// In memory where the system has such a folder: a fuzzer writes it thousands of times a second.
-static std::string makeScratchName() {
+static std::filesystem::path makeScratchName() {
     const std::filesystem::path inMemory = "/dev/shm";
     const std::filesystem::path folder =
         std::filesystem::is_directory(inMemory) ? inMemory : std::filesystem::temp_directory_path();
     std::random_device device;
-    return (folder / ("tarvelmon-fuzz-" + std::to_string(device()))).string();
+    return folder / ("tarvelmon-fuzz-" + std::to_string(device()));
 }
 
-struct ScratchFile {
-    std::string name = makeScratchName();
+ScratchFolder::ScratchFolder() : path(makeScratchName()) {
+    std::filesystem::create_directory(path);
+}
 
-    ScratchFile() = default;
-    ScratchFile(const ScratchFile&) = delete;
-    ScratchFile& operator=(const ScratchFile&) = delete;
-    ~ScratchFile() { std::remove(name.c_str()); }
-};
+ScratchFolder::~ScratchFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path, ignored);
+}
 
-const std::string& scratchFile(std::string_view bytes) {
-    static const ScratchFile file;
-    std::FILE* stream = std::fopen(file.name.c_str(), "wb");
-    const bool written = stream != nullptr && (bytes.empty() || std::fwrite(bytes.data(), 1, bytes.size(),
-                                                                            stream) == bytes.size());
+void ScratchFolder::write(const std::string& name, std::string_view bytes) const {
+    const std::string file = (path / name).string();
+    std::FILE* stream = std::fopen(file.c_str(), "wb");
+    const bool written =
+        stream != nullptr && std::fwrite(bytes.data(), 1, bytes.size(), stream) == bytes.size();
     if (stream == nullptr || std::fclose(stream) != 0 || !written) {
-        std::perror(file.name.c_str());
+        std::perror(file.c_str());
         std::abort();
     }
-    return file.name;
+}
+
+const std::string& scratchFile(std::string_view bytes) {
+    static const ScratchFolder folder;
+    static const std::string name = (folder.path / "input").string();
+    folder.write("input", bytes);
+    return name;
 }
 
 u8 takeByte(std::string_view& input) {
