@@ -40,6 +40,8 @@ void hashStore(i32 depth, i32 value, HashBound bound, Mossa move);
 Mossa hashExactMove();
 /// Slots in use; walks the whole table.
 u64 hashFilled();
+/// Slots in use of a thousand, told from a sample spread over the table.
+[[nodiscard]] i32 hashFilledPermille();
 
 // ---- pawn hash ------------------------------------------------------------------------------------------------
 

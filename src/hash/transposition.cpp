@@ -216,6 +216,15 @@ Mossa hashExactMove() {
     return slot.key == board->hashKey && slot.bound == HASH_EXACT ? slot.move : 0;
 }
 
+i32 hashFilledPermille() {
+    constexpr u64 sample = 1000;
+    i32 filled = 0;
+    for (u64 i = 0; i < sample; ++i) {
+        filled += readSlot(i * recordsInUse.count / sample).key != 0 ? 1 : 0;
+    }
+    return filled;
+}
+
 u64 hashFilled() {
     u64 filled = 0;
     for (u64 i = 0; i < heldEntries; ++i) {

@@ -14,6 +14,7 @@
 static std::mutex outputMutex;
 
 static thread_local std::string pendingText;
+static thread_local const char* linePrefix = "";
 
 static void writeOut(std::size_t length) {
     const std::lock_guard<std::mutex> lock(outputMutex);
@@ -41,6 +42,28 @@ static void appendFormatted(const char* format, std::va_list arguments) {
     va_end(again);
 }
 
+void setLinePrefix(const char* prefix) {
+    linePrefix = prefix;
+}
+
+// The first `length` bytes of the pending text, which are whole lines, as the prefix wants them. Returns their length.
+static std::size_t decorate(std::size_t length) {
+    if (linePrefix == nullptr) {
+        pendingText.erase(0, length);
+        return 0;
+    }
+    const std::size_t prefixLength = std::strlen(linePrefix);
+    if (prefixLength == 0) {
+        return length;
+    }
+    for (std::size_t start = 0; start < length;) {
+        pendingText.insert(start, linePrefix);
+        length += prefixLength;
+        start = pendingText.find('\n', start) + 1;
+    }
+    return length;
+}
+
 void print(const char* format, ...) {
     std::va_list arguments;
     va_start(arguments, format);
@@ -48,11 +71,17 @@ void print(const char* format, ...) {
     va_end(arguments);
     const std::size_t lastNewline = pendingText.rfind('\n');
     if (lastNewline != std::string::npos) {
-        writeOut(lastNewline + 1);
+        const std::size_t length = decorate(lastNewline + 1);
+        if (length > 0) {
+            writeOut(length);
+        }
     }
 }
 
 void flushOutput() {
+    if (linePrefix == nullptr) {
+        pendingText.clear();
+    }
     if (!pendingText.empty()) {
         writeOut(pendingText.size());
     }

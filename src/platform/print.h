@@ -7,6 +7,10 @@
 /// threads print: text waits, per thread, until its newline comes or flushOutput is called.
 [[gnu::format(printf, 1, 2)]] void print(const char* format, ...);
 
+/// Whole lines that this thread prints from now on begin with `prefix`, which stays valid meanwhile; null: they are
+/// dropped. Empty at first. For another front end, to which what the core says by itself is a comment.
+void setLinePrefix(const char* prefix);
+
 /// Writes out what this thread has printed without a newline so far.
 void flushOutput();
 

@@ -6,6 +6,7 @@
 #include "frontend/frontend.h"
 #include "platform/platform.h"
 #include "search/internal.h"
+#include "search/search_watch.h"
 
 constexpr i32 lazyMargin = 499;         // centipawns beyond the window at which no evaluation is made
 constexpr i32 wholeBoardMargin = 1000;  // more than any capture brings
@@ -17,6 +18,9 @@ constexpr u32 clockPollMask = 1023;     // the clock is read once in 1024 nodes
 bool timeIsUp() {
     if ((SearchInfo.nodes & clockPollMask) != 0) {
         return false;
+    }
+    if (SearchWatch.clockRead != nullptr) {
+        SearchWatch.clockRead();
     }
     const i32 budget = TimeControl.allocatedTime;  // before the start: see setBudget
     const i32 elapsed = elapsedMs(EngineOptions.searchStartMs) / 10;

@@ -8,6 +8,7 @@
 #include "platform/print.h"
 #include "search/internal.h"
 #include "search/search.h"
+#include "search/search_watch.h"
 #include "tablebase/tablebase.h"
 
 constexpr i32 halfWindow = 50;           // centipawns on each side of the last score
@@ -158,6 +159,9 @@ Mossa think(i32 ponderSearch) {
     rootMoves(rootList, rootCount);
     if (rootCount == 1) {
         return onlyMove(rootList[0].move);
+    }
+    if (SearchWatch.rootListMade != nullptr) {
+        SearchWatch.rootListMade(rootList, rootCount);
     }
     Deepening state;
     probeRoot(state, rootList, rootCount);

@@ -271,6 +271,16 @@ TEST_F(TranspositionTable, FilledCountsTheRecordsOfThisGeneration) {
     EXPECT_EQ(hashFilled(), 1U);
 }
 
+TEST_F(TranspositionTable, PermilleIsToldFromASampleOfTheTable) {
+    EXPECT_EQ(hashFilledPermille(), 0);
+    for (u64 key = 1; key <= smallTable / 2; ++key) {
+        storeAt(key, 1, 1, HASH_EXACT, 0);
+    }
+    EXPECT_NEAR(hashFilledPermille(), 500, 20);
+    hashClear(smallTable);
+    EXPECT_EQ(hashFilledPermille(), 0);
+}
+
 TEST_F(TranspositionTable, TheExactMoveNeedsAnExactRecordOfThePosition) {
     storeAt(keyNumber(10), 3, 1, HASH_EXACT, firstMove);
     EXPECT_EQ(hashExactMove(), firstMove);

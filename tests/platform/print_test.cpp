@@ -37,6 +37,28 @@ TEST(Print, TextOfAnyLengthIsWhole) {
     }
 }
 
+TEST(Print, LinesBeginWithThePrefixOfTheirThread) {
+    testing::internal::CaptureStdout();
+    setLinePrefix("# ");
+    print("one\ntwo\nth");
+    std::thread([] { print("plain\n"); }).join();
+    print("ree\n\n");
+    setLinePrefix("");
+    print("four\n");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "# one\n# two\nplain\n# three\n# \nfour\n");
+}
+
+TEST(Print, LinesWithoutAPrefixAreDropped) {
+    testing::internal::CaptureStdout();
+    setLinePrefix(nullptr);
+    print("one\ntwo\nth");
+    flushOutput();
+    print("ree\n");
+    setLinePrefix("");
+    print("four\n");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "four\n");
+}
+
 TEST(Print, ThreadsNeverMixTheirLines) {
     constexpr int threadCount = 4;
     constexpr int linesEach = 500;
