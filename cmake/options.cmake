@@ -47,10 +47,13 @@ else()
     target_link_options(tarvelmon-options INTERFACE -fstack-protector-strong -static -Wl,--stack,16777216)
   endif()
   # Making a move is inlined into the loops of other files only by the linker.
-  check_ipo_supported(RESULT TARVELMON_HAS_IPO OUTPUT TARVELMON_IPO_REASON LANGUAGES CXX)
-  if(NOT TARVELMON_HAS_IPO)
-    message(STATUS "No link-time optimisation: ${TARVELMON_IPO_REASON}")
-  elseif(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
+  if(TARVELMON_LTO)
+    check_ipo_supported(RESULT TARVELMON_HAS_IPO OUTPUT TARVELMON_IPO_REASON LANGUAGES CXX)
+    if(NOT TARVELMON_HAS_IPO)
+      message(STATUS "No link-time optimisation: ${TARVELMON_IPO_REASON}")
+    endif()
+  endif()
+  if(TARVELMON_HAS_IPO AND NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
     set(CMAKE_INTERPROCEDURAL_OPTIMIZATION ON)
     # Linking every test with link-time optimisation takes longer than all compilation. With GCC the objects hold plain
     # code too, and the tests link that; the program under test stays the optimised one.

@@ -1,0 +1,397 @@
+#!/usr/bin/env python3
+"""Measures the tests: changes the engine at one place at a time and looks whether a test fails.
+
+    tools/mutate.py SEED COUNT [FILE...]          COUNT mutants of all folders of src/ (or of the files)
+    tools/mutate.py --again RESULTS               those of an earlier run that survived
+    tools/mutate.py --list SEED COUNT [FILE...]   only shows what would be changed
+
+Prints each survivor with file, line, before and after, and at the end the score. The same seed gives the same mutants
+of the same source. What does not compile, or builds the same program, is no mutant: another is drawn.
+
+The work is done in a copy of the tree, below --build; a later run there builds on the earlier one. Tests run quick ones
+first: those of the changed folder, the golden ones, the sessions, all others. Tests that fail without a change are left
+out, and told. A test that takes several times its usual processor time has failed. tools/mutation.md lists the mutants
+that no test can kill, with reasons: they are told apart from the survivors.
+"""
+import argparse
+import collections
+import contextlib
+import hashlib
+import json
+import os
+import pathlib
+import re
+import resource
+import shutil
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+
+import mutants
+
+TOP = pathlib.Path(__file__).resolve().parent.parent
+EQUIVALENTS = TOP / "tools" / "mutation.md"
+# Published numbers, and what is not compiled here.
+LEFT_OUT = re.compile(r"(?:/random64\.h|_windows\.cpp)$")
+# These drive other programs, or play by the clock what others ask for to fixed depths.
+DRIVERS_LEFT_OUT = {"test_book_tool", "test_chess_rules", "test_games", "test_install", "test_mutate", "test_referee",
+                    "test_valgrind"}
+GOLDEN = re.compile(r"olden|ignature")
+QUICK = 0.25                   # seconds of one test of the first group
+CPU_LIMIT = (4, 5)             # times the usual processor time, and seconds on top
+WALL_LIMIT = (12, 90)          # the same of the clock, for what waits and does not compute
+MEMORY_LIMIT = 12 << 30
+FILE_LIMIT = 4 << 30
+GTEST_ARGUMENTS = ["--gtest_fail_fast", "--gtest_brief=1"]
+
+
+# A test program, or a script that drives the engine; groups: {name: (arguments, processor seconds, clock seconds)}.
+Program = collections.namedtuple("Program", "name command target groups")
+
+
+def fail(text):
+    sys.exit(f"mutate: {text}")
+
+
+def digest(paths):
+    """What tells files apart that differ."""
+    found = hashlib.sha256()
+    for path in paths:
+        found.update(path.read_bytes())
+    return found.hexdigest()
+
+
+def copy_tree(target):
+    """Brings the copy up to what stands in the tree; files that did not change keep their time, for the build."""
+    listed = subprocess.run(["git", "ls-files", "-coz", "--exclude-standard"], cwd=TOP, check=True, capture_output=True)
+    wanted = {name for name in listed.stdout.decode().split("\0") if name and (TOP / name).is_file()}
+    for old in [path for path in target.rglob("*") if path.is_file()]:
+        if str(old.relative_to(target)) not in wanted:
+            old.unlink()
+    for name in wanted:
+        new, old = TOP / name, target / name
+        if not old.exists() or old.read_bytes() != new.read_bytes():
+            old.parent.mkdir(parents=True, exist_ok=True)
+            shutil.copyfile(new, old)
+            shutil.copymode(new, old)
+
+
+class Runner:
+    def __init__(self, folder, jobs, sanitizers):
+        self.tree = folder / "tree"
+        self.build_folder = folder / ("build-" + sanitizers.replace(",", "-") if sanitizers else "build")
+        self.jobs = jobs
+        self.sanitizers = sanitizers
+        self.programs = []
+        self.library = self.build_folder / "libtarvelmon-core.a"
+        self.unchanged = None  # the library's digest
+        self.last_words = folder / "output.txt"
+        self.times = folder / f"times-{self.build_folder.name}.json"
+        self.environment = {name: value for name, value in os.environ.items() if not name.startswith("TARVELMON_")}
+        self.environment.update(
+            TARVELMON=str(self.build_folder / "tarvelmon"), TARVELMON_SANITIZE=sanitizers, TARVELMON_PATIENCE="30",
+            TARVELMON_BOOK=str(self.build_folder / "tools" / "book" / "tarvelmon-book"),
+            TARVELMON_SLOW_CLOCK="" if sanitizers else str(self.build_folder / "tests" / "libslow_clock.so"),
+            ASAN_OPTIONS="detect_stack_use_after_return=0")
+
+    def prepare(self):
+        self.tree.mkdir(parents=True, exist_ok=True)
+        copy_tree(self.tree)
+        arguments = ["-DTARVELMON_TESTS=ON", "-DTARVELMON_WERROR=OFF", "-DTARVELMON_LTO=OFF", "-DCMAKE_BUILD_TYPE=Release",
+                     "-DCMAKE_CXX_FLAGS_RELEASE=-O1 -DNDEBUG", f"-DTARVELMON_SANITIZE={self.sanitizers}"]
+        if shutil.which("ccache"):
+            arguments.append("-DCMAKE_CXX_COMPILER_LAUNCHER=ccache")
+        configured = subprocess.run(["cmake", "-S", self.tree, "-B", self.build_folder, "-G", "Ninja"] + arguments,
+                                    stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
+        if configured.returncode != 0:
+            fail(configured.stdout.decode(errors="replace"))
+        targets = ["tarvelmon", "tarvelmon-book"] + ([] if self.sanitizers else ["slow_clock"])
+        if not self.build(self.test_targets() + targets, keep=True):
+            fail("the source does not build unchanged:\n" + self.words())
+        self.unchanged = digest([self.library])
+        self.find_programs()
+
+    def test_targets(self):
+        """The test programs of the folders of src/."""
+        return [f"{path.name}_test" for path in sorted((self.tree / "src").iterdir())
+                if (self.tree / "tests" / path.name).is_dir()]
+
+    def words(self):
+        with open(self.last_words, errors="replace") as file:
+            return file.read()
+
+    def build(self, targets, keep=False):
+        """Whether the targets could be built. What a mutant leaves is not kept by ccache."""
+        environment = dict(os.environ, **({} if keep else {"CCACHE_READONLY": "1"}))
+        with open(self.last_words, "wb") as output:
+            status = self.run(["ninja", "-C", str(self.build_folder), f"-j{self.jobs}"] + targets, environment, output,
+                              None)
+        return status == 0
+
+    def run(self, command, environment, output, limits):
+        """The exit status; None where the time ran out. Whatever the command started is ended with it."""
+        def limit():
+            if limits:
+                seconds = int(limits[0]) + 1
+                resource.setrlimit(resource.RLIMIT_CPU, (seconds, seconds))
+                resource.setrlimit(resource.RLIMIT_FSIZE, (FILE_LIMIT, FILE_LIMIT))
+                resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+                if not self.sanitizers:
+                    resource.setrlimit(resource.RLIMIT_AS, (MEMORY_LIMIT, MEMORY_LIMIT))
+        process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.STDOUT,
+                                   env=environment, start_new_session=True, preexec_fn=limit)
+        try:
+            return process.wait(limits[1] if limits else None)
+        except subprocess.TimeoutExpired:
+            return None
+        finally:
+            with contextlib.suppress(ProcessLookupError):
+                os.killpg(process.pid, signal.SIGKILL)
+            process.wait()
+
+    def test(self, command, limits):
+        """(passed, name of the test that failed or what ended the program)"""
+        with open(self.last_words, "wb") as output, tempfile.TemporaryDirectory() as folder:
+            environment = dict(self.environment, TMPDIR=folder)
+            status = self.run(command, environment, output, limits)
+        if status == 0:
+            return True, ""
+        words = self.words()[-20000:]
+        failed = re.search(r"^\[  FAILED  \] ([\w./]+)", words, re.MULTILINE) or re.search(
+            r"^(?:FAIL|ERROR): (\w+)", words, re.MULTILINE)
+        if failed:
+            return False, failed.group(1)
+        if status is None or status in (-signal.SIGXCPU, -signal.SIGKILL):
+            return False, "time"
+        return False, f"status {status}"
+
+    def find_programs(self):
+        """All tests, and how long each group of them takes without a change; from an earlier run where it was the same."""
+        known = json.loads(self.times.read_text()) if self.times.exists() else {}
+        times = {}
+        for target in self.test_targets():
+            path = self.build_folder / "tests" / target
+            key = digest([path])
+            times[key] = known.get(key) or self.time_unit_tests(path)
+            self.programs.append(Program(target, [str(path)] + GTEST_ARGUMENTS, target, times[key]))
+        driver_folder = self.tree / "tests" / "driver"
+        for path in sorted(driver_folder.glob("test_*.py")):
+            if path.stem not in DRIVERS_LEFT_OUT:
+                command = [sys.executable, "-B", str(path), "-f"]
+                key = digest([path, self.build_folder / "tarvelmon", *sorted(driver_folder.glob("[!t]*.py"))])
+                times[key] = known.get(key) or self.time_group({}, command, "driver", [])
+                self.programs.append(Program(path.stem, command, "tarvelmon", times[key]))
+            self.times.write_text(json.dumps(times))
+
+    def time_unit_tests(self, path):
+        with tempfile.TemporaryDirectory() as folder:
+            report = os.path.join(folder, "times.json")
+            with open(self.last_words, "wb") as output:
+                self.run([str(path), f"--gtest_output=json:{report}"], dict(self.environment, TMPDIR=folder), output,
+                         (600, 1800))
+            with open(report) as file:
+                suites = json.load(file)["testsuites"]
+        groups = {"golden": [], "quick": [], "slow": [], "full": []}
+        for suite in suites:
+            for test in suite["testsuite"]:
+                name = f"{suite['name']}.{test['name']}"
+                if test.get("failures"):
+                    print(f"left out: {path.name} {name} fails without a change", flush=True)
+                    continue
+                quick = "quick" if float(test["time"].rstrip("s")) <= QUICK else "slow"
+                groups["full" if "FullDepth" in name else "golden" if GOLDEN.search(name) else quick].append(name)
+        times = {}
+        for group, names in groups.items():
+            if names:
+                self.time_group(times, [str(path)] + GTEST_ARGUMENTS, group, ["--gtest_filter=" + ":".join(names)])
+        return times
+
+    def time_group(self, times, command, group, arguments):
+        """Adds the time of a group to `times`, and returns these."""
+        clock, before = time.monotonic(), resource.getrusage(resource.RUSAGE_CHILDREN)
+        passed, by = self.test(command + arguments, (600, 1800))
+        after = resource.getrusage(resource.RUSAGE_CHILDREN)
+        if passed:
+            used = after.ru_utime + after.ru_stime - before.ru_utime - before.ru_stime
+            times[group] = (arguments, used, time.monotonic() - clock)
+        else:
+            print(f"left out: {' '.join(command)} {group} fails without a change ({by})", flush=True)
+        return times
+
+    def plan(self, folder):
+        """All (program, group), those first that most likely notice a change in `folder` of src/."""
+        def order(entry):
+            program, group = entry
+            own = program.name == f"{folder}_test"
+            turn = (0 if own and group == "quick" else
+                    1 if own and group in ("golden", "slow") else
+                    2 if group == "golden" else
+                    3 if program.name == "test_transcripts" else
+                    4 if group == "quick" else
+                    6 if group == "full" else
+                    5)
+            return turn, program.groups[group][1]
+        return sorted(((program, group) for program in self.programs for group in program.groups), key=order)
+
+    def killed_by(self, file):
+        """What noticed the change of `file`: a test, or "" for none; None where it does not build or changes no code."""
+        folder = file.split("/")[1]
+        built = set()
+        in_library = not file.endswith("/main.cpp")
+        if not self.build(["tarvelmon-core"]) or (in_library and digest([self.library]) == self.unchanged):
+            return None
+        for program, group in self.plan(folder):
+            if program.target not in built and not self.build([program.target]):
+                return None
+            built.add(program.target)
+            arguments, used, clock = program.groups[group]
+            limits = [used * CPU_LIMIT[0] + CPU_LIMIT[1], clock * WALL_LIMIT[0] + WALL_LIMIT[1]]
+            passed, by = self.test(program.command + arguments, limits)
+            if not passed and by != "time":
+                # A test that failed by chance has noticed nothing.
+                passed, by = self.test(program.command + arguments, limits)
+            if not passed:
+                return f"{program.name} {by}"
+        return ""
+
+
+def sources(files):
+    """{file: text} of what can be mutated, by the path from the top."""
+    paths = [TOP / file for file in files] or sorted((TOP / "src").rglob("*"))
+    names = [path.resolve().relative_to(TOP).as_posix() for path in paths if path.suffix in (".cpp", ".h")]
+    return {name: (TOP / name).read_text() for name in names if files or not LEFT_OUT.search(name)}
+
+
+def known_equivalents():
+    """(file, before, after) of each mutant that is listed as one that no test can kill."""
+    known, file = set(), None
+    if EQUIVALENTS.exists():
+        for line in EQUIVALENTS.read_text().splitlines():
+            heading = re.match(r"#+ `(src/\S+)`", line)
+            entry = re.match(r"- `` (.*?) `` becomes `` (.*?) ``", line)
+            if heading:
+                file = heading.group(1)
+            elif entry and file:
+                known.add((file, entry.group(1), entry.group(2)))
+    return known
+
+
+def survivors_of(path, texts):
+    """The survivors of an earlier run, found again by their lines, in the file or where these went."""
+    found = []
+    with open(path) as file:
+        entries = [json.loads(line) for line in file]
+    by_lines = collections.defaultdict(list)
+    for name, text in texts.items():
+        for mutant in mutants.mutants_of(name, text):
+            by_lines[mutants.changed_lines(text, mutant)].append(mutant)
+    for entry in entries:
+        if entry["verdict"] != "survived":
+            continue
+        same = by_lines[(entry["before"], entry["after"])]
+        same = [mutant for mutant in same if mutant.file == entry["file"]] or same
+        if not same:
+            print(f"gone: {entry['file']}:{entry['line']}: {entry['before']}", flush=True)
+            continue
+        found.append(min(same, key=lambda mutant: abs(mutants.line_number(texts[mutant.file], mutant.start)
+                                                      - entry["line"])))
+    return found
+
+
+class Score:
+    def __init__(self, path):
+        self.file = open(path, "w") if path else None
+        self.known = known_equivalents()
+        self.counts = collections.Counter()
+        self.by_folder = collections.defaultdict(collections.Counter)
+
+    def add(self, mutant, text, by, seconds):
+        line = mutants.line_number(text, mutant.start)
+        before, after = mutants.changed_lines(text, mutant)
+        verdict = "killed" if by else "equivalent" if (mutant.file, before, after) in self.known else "survived"
+        self.counts[verdict] += 1
+        self.by_folder[mutant.file.split("/")[1]][verdict] += 1
+        if verdict == "survived":
+            print(f"survived: {mutant.file}:{line}\n    {before}\n    {after}", flush=True)
+        if self.file:
+            entry = {"verdict": verdict, "file": mutant.file, "line": line, "before": before, "after": after, "by": by,
+                     "seconds": round(seconds, 1)}
+            print(json.dumps(entry), file=self.file, flush=True)
+
+    def print(self):
+        for folder, counts in sorted(self.by_folder.items()):
+            print(f"{folder:10} {counts['killed']:4} killed {counts['survived']:3} survived "
+                  f"{counts['equivalent']:3} equivalent")
+        killed, survived = self.counts["killed"], self.counts["survived"]
+        if killed + survived:
+            print(f"score: {killed} of {killed + survived} killed, {100 * killed / (killed + survived):.1f} %; "
+                  f"{self.counts['equivalent']} more are equivalent", flush=True)
+
+
+def run(runner, queues, count, texts, score):
+    """Tries mutants of each queue in turn until `count` of them were built."""
+    tried = 0
+    while tried < count and any(queues):
+        for queue in queues:
+            while queue and tried < count:
+                mutant = queue.popleft()
+                started = time.monotonic()
+                place = runner.tree / mutant.file
+                try:
+                    place.write_text(mutant.apply(texts[mutant.file]))
+                    by = runner.killed_by(mutant.file)
+                finally:
+                    place.write_text(texts[mutant.file])
+                if by is not None:
+                    tried += 1
+                    score.add(mutant, texts[mutant.file], by, time.monotonic() - started)
+                    break
+
+
+def show(queues, count, texts):
+    for queue in queues:
+        for mutant in list(queue)[:-(-count // len(queues))]:
+            before, after = mutants.changed_lines(texts[mutant.file], mutant)
+            line = mutants.line_number(texts[mutant.file], mutant.start)
+            print(f"{mutant.file}:{line}\n    {before}\n    {after}")
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("seed", nargs="?")
+    parser.add_argument("count", nargs="?", type=int)
+    parser.add_argument("files", nargs="*", metavar="file")
+    parser.add_argument("--again", metavar="RESULTS", help="only the survivors of these results")
+    parser.add_argument("--list", action="store_true", help="build and test nothing")
+    parser.add_argument("--results", help="where each mutant is written, a line of JSON each")
+    parser.add_argument("--build", type=pathlib.Path, default=TOP / "build-mutate", help="folder of the copy and its build")
+    parser.add_argument("--sanitize", default="", help="sanitizers to build and test with, e.g. address,undefined")
+    parser.add_argument("--jobs", type=int, default=os.cpu_count())
+    arguments = parser.parse_args()
+    if not arguments.again and arguments.count is None:
+        parser.error("a seed and a count, or --again")
+    texts = sources(arguments.files)
+    if arguments.again:
+        queues = [collections.deque([mutant]) for mutant in survivors_of(arguments.again, texts)]
+        count = len(queues)
+    else:
+        queues, count = mutants.drawn(texts, arguments.seed), arguments.count
+    if arguments.list:
+        return show(queues, count, texts)
+    runner = Runner(arguments.build.resolve(), arguments.jobs, arguments.sanitize)
+    runner.prepare()
+    score = Score(arguments.results)
+    signal.signal(signal.SIGTERM, signal.default_int_handler)
+    signal.signal(signal.SIGINT, signal.default_int_handler)
+    try:
+        run(runner, queues, count, texts, score)
+    except KeyboardInterrupt:
+        print("stopped", flush=True)
+    finally:
+        score.print()
+
+
+if __name__ == "__main__":
+    main()
