@@ -33,7 +33,7 @@ WORDS = {"true": ["false"], "false": ["true"], "min": ["max"], "max": ["min"]}
 # What no statement begins with whose loss would show a fault of the tests: declarations, control flow with a head.
 NOT_A_STATEMENT = frozenset("""
     return if else for while do switch case default using namespace template struct class enum union static const
-    constexpr constinit consteval extern inline auto goto typedef public private throw try catch friend operator
+    constexpr constinit consteval extern inline auto goto typedef public private throw try catch friend operator void
 """.split())
 JUMPS = ("break", "continue", "return")
 NOT_AN_OPERAND = frozenset("return case else throw".split())
@@ -116,7 +116,13 @@ def other_numbers(number):
     return [f"{prefix}{other:{form}}{suffix}" for other in (value + 1, value - 1) if other >= 0]
 
 
-def statement_end(all_tokens, start):
+def names_type(text, token):
+    """Whether a word behind this token is what a declaration declares."""
+    closes_type = token.text in (">", "*", "&") and not text[token.start - 1].isspace()
+    return token.kind == "word" or closes_type and text[token.end:token.end + 1] == " "
+
+
+def statement_end(text, all_tokens, start):
     """The place of the semicolon that ends the statement at `start`, or None where none begins that can go."""
     first, second = all_tokens[start], all_tokens[start + 1]
     if first.text in JUMPS:
@@ -126,7 +132,7 @@ def statement_end(all_tokens, start):
     if first.kind == "word":
         if second.kind != "operator" or second.text in (";", ":", "{", "&", "*", "<", ">", "&&"):
             return None
-    elif first.text not in ("++", "--", "*", "("):
+    elif first.text not in ("++", "--") and not (first.text == "*" and all_tokens[start - 1].text in (";", "{", "}")):
         return None
     depth = 0
     for place in range(start, len(all_tokens)):
@@ -139,8 +145,8 @@ def statement_end(all_tokens, start):
             return None
         if depth == 0 and token.text == ";":
             return place
-        if depth == 0 and place > start and all_tokens[place - 1].kind == "word" and token.kind == "word":
-            return None  # a declaration: two words side by side
+        if depth == 0 and place > start and token.kind == "word" and names_type(text, all_tokens[place - 1]):
+            return None
     return None
 
 
@@ -181,7 +187,7 @@ def mutants_of(file, text):
                       for after in token_changes(text, all_tokens, place)]
         previous = all_tokens[place - 1].text
         if parentheses == 0 and previous in (";", "{", "}", ")", ":", "else") and token.text != "(":
-            end = statement_end(all_tokens, place)
+            end = statement_end(text, all_tokens, place)
             if end is not None:
                 stop = all_tokens[end].end
                 found.append(Mutant(file, token.start, stop, text[token.start:stop], ";"))
