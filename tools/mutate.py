@@ -44,7 +44,7 @@ CPU_LIMIT = (4, 5)             # times the usual processor time, and seconds on 
 WALL_LIMIT = (12, 90)          # the same of the clock, for what waits and does not compute
 FULL_SECONDS = (150, 150)      # for the tests of full depth, which are not timed
 MEMORY_LIMIT = 12 << 30
-FILE_LIMIT = 4 << 30
+FILE_LIMIT = 16 << 30
 GTEST_ARGUMENTS = ["--gtest_fail_fast", "--gtest_brief=1"]
 
 
@@ -192,6 +192,8 @@ class Runner:
             with open(self.last_words, "wb") as output:
                 self.run([str(path), "--gtest_filter=-*FullDepth*", f"--gtest_output=json:{report}"],
                          dict(self.environment, TMPDIR=folder), output, (600, 1800))
+            if not os.path.exists(report):
+                fail(f"{path.name} ends without a change:\n{self.words()[-2000:]}")
             with open(report) as file:
                 suites = json.load(file)["testsuites"]
         groups = {"golden": [], "quick": [], "slow": []}
