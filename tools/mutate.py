@@ -134,6 +134,7 @@ class Runner:
     def run(self, command, environment, output, limits):
         """The exit status; None where the time ran out. Whatever the command started is ended with it."""
         def limit():
+            signal.signal(signal.SIGINT, signal.SIG_DFL)  # which a shell may have had ignored
             if limits:
                 seconds = int(limits[0]) + 1
                 resource.setrlimit(resource.RLIMIT_CPU, (seconds, seconds))
