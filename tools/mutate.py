@@ -38,6 +38,7 @@ LEFT_OUT = re.compile(r"(?:/random64\.h|_windows\.cpp)$")
 # These drive other programs, or play by the clock what others ask for to fixed depths.
 DRIVERS_LEFT_OUT = {"test_book_tool", "test_chess_rules", "test_games", "test_install", "test_mutate", "test_referee",
                     "test_valgrind"}
+DRIVEN_FOLDERS = {"book", "frontend", "platform"}  # sessions notice more of what changes there than golden lists
 GOLDEN = re.compile(r"olden|ignature")
 QUICK = 0.25                   # seconds of one test of the first group
 CPU_LIMIT = (4, 5)             # times the usual processor time, and seconds on top
@@ -227,15 +228,19 @@ class Runner:
 
     def plan(self, folder):
         """All (program, group), those first that most likely notice a change in `folder` of src/."""
+        talks = folder in DRIVEN_FOLDERS
+
         def order(entry):
             program, group = entry
             own = program.name == f"{folder}_test"
             turn = (0 if own and group == "quick" else
                     1 if own and group in ("golden", "slow") else
+                    6 if group == "full" else
+                    2 if program.name == "test_transcripts" and talks else
+                    3 if group in ("driver", "quick") and talks else
                     2 if group == "golden" else
                     3 if program.name == "test_transcripts" else
                     4 if group == "quick" else
-                    6 if group == "full" else
                     5)
             return turn, program.groups[group][1]
         return sorted(((program, group) for program in self.programs for group in program.groups), key=order)
