@@ -2,10 +2,16 @@
 //
 // CUTS files end early, at places spread over the whole; CHANGES files have one byte or a few changed at random; as many
 // as CUTS have bytes taken out or put in. Random positions of the table's men are probed in every one, and in the sound
-// file before and after: it knows many of them, and its values must stay. Each trial is told on standard error before it
-// runs, so that the last line names the culprit of a crash; the line after the last trial counts them. Exit status 0 if
-// all went well, 1 if the sound file is not accepted, knows too little or changes its values.
+// file before and after: it knows many of them, and its values must stay. Then the file takes its place among copies of
+// the other tables of its folder, which are mapped as in play: the moves of some positions are ranked and searched.
+//
+// Each trial is told on standard error before it runs, so that the last line names the culprit of a crash; the line
+// after the last trial counts them. Exit status 0 if all went well, 1 if the sound file is not accepted, knows too
+// little or changes its values; a signal ends the process if a trial takes too long.
 #include "table_fuzz.h"
+#include "tables_in_use.h"
+
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -20,6 +26,8 @@
 constexpr std::size_t headerBytes = 400;  // half of the changes are made here, where most harm is done
 constexpr std::size_t positions = 200;
 constexpr std::size_t positionsOfTrial = 20;
+constexpr std::size_t positionsInUse = 2;  // of a trial, ranked and searched
+constexpr unsigned secondsOfTrial = 30;
 
 namespace {
 
@@ -66,24 +74,11 @@ static std::vector<int> randomSquares(const std::string& men, Random& random) {
 
 // Either side may be the name's first, and to move.
 static std::string randomFen(const std::string& name, Random& random) {
-    const std::size_t split = name.find('v');
-    const std::string men = name.substr(0, split) + name.substr(split + 1);
+    std::string men = name;
+    men.erase(men.find('v'), 1);
     const std::vector<int> squares = randomSquares(men, random);
     const bool firstIsWhite = below(random, 2) == 0;
-    std::string diagram(64, '.');
-    for (std::size_t i = 0; i < men.size(); ++i) {
-        const bool isWhite = (i < split) == firstIsWhite;
-        diagram[static_cast<std::size_t>(squares[i])] =
-            isWhite ? men[i] : static_cast<char>(men[i] - 'A' + 'a');
-    }
-    std::string fen;
-    for (std::size_t rank = 8; rank-- > 0;) {
-        for (const char man : diagram.substr(8 * rank, 8)) {
-            fen += man == '.' ? '1' : man;
-        }
-        fen += rank > 0 ? "/" : "";
-    }
-    return fen + (below(random, 2) == 0 ? " w - -" : " b - -");
+    return placementOf(name, squares, firstIsWhite) + (below(random, 2) == 0 ? " w - -" : " b - -");
 }
 
 // What the probes of the given positions told, each value before its success.
@@ -120,6 +115,25 @@ static std::size_t knownOf(const std::vector<i32>& values) {
         known += values[i] > 0 ? 1 : 0;
     }
     return known;
+}
+
+// What is told of the given positions with the file among the other tables. One without a byte cannot be mapped, which
+// ends the process on purpose.
+static std::vector<RootValues> useFile(const TablesInUse& others, const Table& table, std::string_view bytes,
+                                       std::size_t first, std::size_t count) {
+    std::vector<RootValues> values;
+    if (bytes.empty()) {
+        return values;
+    }
+    others.folder.write(table.name + (table.isDtz ? ".rtbz" : ".rtbw"), bytes);
+    others.scan();
+    for (std::size_t i = first; i < first + count; ++i) {
+        const std::string& fen = table.fens[i % table.fens.size()];
+        values.push_back(rankRoot(fen));
+        searchWithTables(fen, tbMenMax);
+    }
+    tbInit("/dev/null");  // no table is left
+    return values;
 }
 
 static std::string changed(std::string bytes, Random& random) {
@@ -165,22 +179,27 @@ int main(int argc, char** argv) {
         std::fputs("usage: damaged_table FILE CUTS CHANGES SEED\n", stderr);
         return 2;
     }
-    LLVMFuzzerInitialize(&argc, &argv);
+    int names = 1;  // the arguments are not the fuzzer's
+    LLVMFuzzerInitialize(&names, &argv);
     const std::size_t cuts = std::strtoull(argv[2], nullptr, 10);
     const std::size_t changes = std::strtoull(argv[3], nullptr, 10);
     Random random(std::strtoull(argv[4], nullptr, 10));
     const Table table = readTable(argv[1], random);
+    const TablesInUse others(std::filesystem::path(argv[1]).parent_path());
     std::vector<i32> sound;
     if (!probeFile(table, table.bytes, 0, positions, sound) || knownOf(sound) < positions / 10) {
         std::fprintf(stderr, "%s is not accepted\n", argv[1]);
         return 1;
     }
+    const std::vector<RootValues> soundInUse = useFile(others, table, table.bytes, 0, positionsOfTrial);
     std::size_t tried = 0;
     std::size_t accepted = 0;
     const auto attempt = [&](const char* damage, const std::string& bytes) {
         std::fprintf(stderr, "%s %zu\n", damage, tried);
+        alarm(secondsOfTrial);
         std::vector<i32> values;
         accepted += probeFile(table, bytes, tried * positionsOfTrial, positionsOfTrial, values) ? 1 : 0;
+        useFile(others, table, bytes, tried * positionsInUse, positionsInUse);
         ++tried;
     };
     for (std::size_t i = 0; i < cuts; ++i) {
@@ -193,7 +212,8 @@ int main(int argc, char** argv) {
         attempt("shift", shifted(table.bytes, random));
     }
     std::vector<i32> after;
-    if (!probeFile(table, table.bytes, 0, positions, after) || after != sound) {
+    if (!probeFile(table, table.bytes, 0, positions, after) || after != sound ||
+        useFile(others, table, table.bytes, 0, positionsOfTrial) != soundInUse) {
         std::fprintf(stderr, "%s: values changed\n", argv[1]);
         return 1;
     }
