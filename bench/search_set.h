@@ -4,9 +4,9 @@
 
 #include "board/board.h"
 #include "frontend/frontend.h"
+#include "frontend/thinking_output.h"
 #include "hash/hash.h"
 #include "platform/platform.h"
-#include "search/internal.h"
 #include "search/search.h"
 
 struct FixedSearch {
@@ -34,6 +34,9 @@ constexpr u64 searchSignature = 15055063;  // the sum of the nodes
 constexpr i32 fixedHashMegabytes = 64;
 constexpr i32 fixedPawnHashMegabytes = 16;
 
+/// Nodes of all attempts of the running think.
+inline u64 countedNodes = 0;
+
 /// Allocates both tables in the sizes that the node counts hold for.
 inline void setUpFixedSearches() {
     EngineOptions.hashSize = fixedHashMegabytes;
@@ -48,6 +51,7 @@ inline void setUpFixedSearches() {
     EngineOptions.syzygyMen = 5;
     TimeControl.moveTime = 720000;
     TimeControl.allocatedTime = 720000;
+    thinkingSink.attempt = [](const ThinkingAttempt& attempt) { countedNodes = attempt.nodesOfThink; };
 }
 
 /// Runs one of the searches. Returns the nodes of all its attempts.
@@ -62,5 +66,5 @@ inline u64 runFixedSearch(const FixedSearch& fixed) {
     EngineOptions.stopSearch = 0;
     EngineOptions.searchStartMs = nowMs();
     think(0);
-    return thinkNodes;
+    return countedNodes;
 }

@@ -4,7 +4,7 @@
 #include "book/book.h"
 #include "eval/eval.h"
 #include "frontend/frontend.h"
-#include "frontend/output.h"
+#include "frontend/game_end.h"
 #include "fuzz_support.h"
 #include "hash/hash.h"
 #include "platform/platform.h"

@@ -2,6 +2,7 @@
 #include "fuzz_support.h"
 
 #include "board/board.h"
+#include "frontend/thinking_lines.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -24,6 +25,7 @@ extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {
     makeNamesAbsolute(*argc, *argv);
     initBoardTables();
     newGame();
+    thinkingSink = printedThinking;
     return std::freopen("/dev/null", "w", stdout) != nullptr ? 0 : 1;
 }
 

@@ -2,7 +2,7 @@
 // each move the record keeps what every record keeps.
 #include "board/board.h"
 #include "eval/eval.h"
-#include "frontend/output.h"
+#include "frontend/game_end.h"
 #include "fuzz_support.h"
 
 #include <algorithm>

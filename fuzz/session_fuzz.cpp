@@ -8,6 +8,7 @@
 #include "frontend/config.h"
 #include "frontend/frontend.h"
 #include "frontend/internal.h"
+#include "frontend/session.h"
 #include "fuzz_support.h"
 
 #include <algorithm>

@@ -1,51 +1,11 @@
-// What the console and the protocol do alike: setting up tables, clocks and switches, the way a move is announced.
+// What the console and the protocol do alike: clocks and switches, the way a move is announced.
 #include "board/board.h"
-#include "frontend/config.h"
 #include "frontend/frontend.h"
 #include "frontend/internal.h"
-#include "hash/hash.h"
 #include "platform/print.h"
-#include "tablebase/tablebase.h"
 
 // At or below this the opponent's clock switches pondering off, centiseconds.
 constexpr i32 lowOpponentClock = 1000;
-
-// The configured size stays as it is shown; the number of records becomes that of the table there is.
-static void allocateHashTable() {
-    EngineOptions.hashEntries = hashAlloc(EngineOptions.hashEntries, EngineOptions.hashSize);
-}
-
-void setUpTables() {
-    allocateHashTable();
-    pawnHashAlloc();
-    if (EngineOptions.syzygy != 0) {
-        tbInit(EngineOptions.syzygyPath);
-    }
-}
-
-void resizeHashTable(i32 megabytes) {
-    EngineOptions.hashSize = megabytes;
-    EngineOptions.hashEntries = hashEntriesFor(megabytes);
-    allocateHashTable();
-}
-
-u8 sideToMove() {
-    return blackToMove(*board) ? u8{1} : u8{0};
-}
-
-bool engineIsToMove() {
-    return EngineOptions.gameOver == 0 && EngineOptions.engineSide == sideToMove();
-}
-
-bool gameHasRoom() {
-    return board - boardStack.data() < gameRecordsMax;
-}
-
-void takeBackMove() {
-    if (board > boardStack.data()) {
-        --board;
-    }
-}
 
 void printMove(u32 move) {
     char text[6];

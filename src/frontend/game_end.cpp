@@ -1,7 +1,8 @@
 // Whether the rules end the game in the position at `board`, said in the protocol's result lines. The checks do not
 // stop each other: a mate on the hundredth ply prints two lines. Insufficient material ends no game here.
+#include "frontend/game_end.h"
+
 #include "board/board.h"
-#include "frontend/output.h"
 #include "platform/print.h"
 #include "search/ordering.h"
 

@@ -27,6 +27,9 @@ bool scanNumber(const char*& text, i32& number);
 /// stays as it was if `line` does not fit.
 bool scanNumberBehind(const char* line, const char* word, i32& number);
 
+/// a * b held to the limits of 32 bits.
+[[nodiscard]] i32 saturatedProduct(i32 a, i32 b);
+
 // ---- chains of commands ---------------------------------------------------------------------------------------
 
 /// How a command loop goes on after a line.
@@ -48,24 +51,6 @@ constexpr i32 highestDepth = 64;   // of "sd"
 constexpr i32 lowestHashSize = 4;  // of "memory", MB
 constexpr i32 highestHashSize = 4096;
 constexpr i32 centisecondsPerSecond = 100;
-
-/// Allocates the hash tables and looks for tablebases, as a mode is entered.
-void setUpTables();
-
-/// A transposition table of so many MB, empty.
-void resizeHashTable(i32 megabytes);
-
-/// 0 White, 1 Black.
-[[nodiscard]] u8 sideToMove();
-
-/// Whether the game goes on and the engine plays the side to move.
-[[nodiscard]] bool engineIsToMove();
-
-/// Whether one more move of the game may be played: a further one would leave the search without records.
-[[nodiscard]] bool gameHasRoom();
-
-/// One record down; stays at the first record.
-void takeBackMove();
 
 /// "move <text>" of a move that is to be played in the position at `board`.
 void printMove(u32 move);
@@ -99,19 +84,3 @@ Next walkDiagnostics(const char* line);
 /// process with status 1 if a thread cannot be started.
 [[nodiscard]] bool ponderBesideInput(char (&lastLine)[lineBufferSize]);
 [[nodiscard]] bool analyzeBesideInput(char (&lastLine)[lineBufferSize]);
-
-// ---- time -----------------------------------------------------------------------------------------------------
-
-/// The budget of a search that nobody waits for: two hours, in centiseconds.
-constexpr i32 ponderingTime = 720000;
-
-/// a * b held to the limits of 32 bits.
-[[nodiscard]] i32 saturatedProduct(i32 a, i32 b);
-
-/// Turns the two clocks into the budget of the next move and starts it: writes allocatedTime, searchStartMs and
-/// stopSearch (0), when time is short also minDepth and ponder. Prints a debug line.
-void allocateTime();
-
-/// The same for a ponder search that goes on as the real one, from the monitor thread. Leaves stopSearch alone: it is
-/// 0 while that search runs, and one that unwinds already must not be told to go on.
-void allocateTimeForRunningSearch();

@@ -3,6 +3,8 @@
 #include "frontend/config.h"
 #include "frontend/frontend.h"
 #include "frontend/internal.h"
+#include "frontend/session.h"
+#include "frontend/thinking_lines.h"
 #include "platform/platform.h"
 #include "platform/print.h"
 #include "platform/thread.h"
@@ -16,6 +18,7 @@ static void printBanner() {
 }
 
 static void startUp() {
+    thinkingSink = printedThinking;
     EngineOptions.gameOver = 0;
     EngineOptions.engineSide = noEngineSide;
     setUpStandardStreams();

@@ -1,33 +1,11 @@
-// The thinking lines: numbers by printThinkingHead, moves by printLine, which ends the line. Runs on the thread that
-// thinks; print() keeps the line whole while other threads print.
-#include "board/board.h"
-#include "frontend/frontend.h"
-#include "frontend/output.h"
-#include "platform/platform.h"
-#include "platform/print.h"
+// Where a think tells its news before a program has said so: nowhere.
+#include "frontend/thinking_output.h"
 
-#include <algorithm>
-#include <cinttypes>
-
-void printThinkingHead(i32 depth, i32 score) {
-    flushOutput();
-    SearchInfo.elapsedCs = elapsedMs(EngineOptions.searchStartMs) / 10;
-    print("%2d %6d %6d %10" PRIu32 " ", depth, score, SearchInfo.elapsedCs, SearchInfo.nodes);
-}
-
-void printLine(PvLine line) {
-    // A line may count more moves than it has room for, after extensions.
-    const i32 count = std::min(line.count, static_cast<i32>(line.argmove.size()));
-    Scacchiera mover = *board;  // stands for the colour to move alone
-    for (i32 i = 0; i < count; ++i) {
-        const Mossa move = line.argmove[static_cast<u32>(i)];
-        if (move == 0) {
-            continue;
-        }
-        char text[6];
-        moveToText(text, move, mover);
-        print("%s ", text);
-        mover.stateFlags ^= blackToMoveFlag;
-    }
-    print("\n");
-}
+constinit ThinkingSink thinkingSink{
+    .attempt = [](const ThinkingAttempt&) {},
+    .onlyMove = [](const PvLine&) {},
+    .mateIn = [](i32) {},
+    .matedIn = [](i32) {},
+    .rootMove = [](u32, i32, i32) {},
+    .budget = [](i32, i32, i32) {},
+};

@@ -1,9 +1,12 @@
 // From the two clocks to the budget of one move. The search compares the elapsed time with the result; the command
 // loops and the monitor thread call in here before a think that is to produce a move. All times in centiseconds.
+#include "frontend/time_allocation.h"
+
 #include "frontend/frontend.h"
-#include "frontend/internal.h"
+#include "frontend/thinking_output.h"
 #include "platform/platform.h"
-#include "platform/print.h"
+
+#include <cassert>
 
 constexpr i32 shortClock = 6000;       // one minute: at or below it time is short ...
 constexpr i32 comfortIncrement = 300;  // ... unless each move brings three seconds
@@ -56,7 +59,7 @@ static void setBudget() {
         divisor += TimeControl.fastOpening;
     }
     const i32 budget = budgetOf(engineClock, divisor);
-    print("#DEBUG moves: %i move speed: %i  allocated time: %i\n", TimeControl.moveNumber, divisor, budget);
+    thinkingSink.budget(TimeControl.moveNumber, divisor, budget);
     // The start first, and a running search reads the budget first: so it never holds the time since the old start
     // against the new budget, which would end it at once.
     EngineOptions.searchStartMs = nowMs();

@@ -18,8 +18,8 @@ constexpr i16 stoppedScore = 1;
 /// The record from which on a search does not deepen any more. Set by think to searchRecordsMax above the root.
 extern const Scacchiera* searchCeiling;
 
-/// Nodes of all attempts of the last think together, where SearchInfo.nodes has those of one. For benchmarks.
-extern u64 thinkNodes;
+/// Positions that the search found in the tablebases since think began. Told with each attempt.
+extern u64 tableHits;
 
 /// Searches the root list once. Writes each move's `score`, and `line` when a move raises alpha; stores in the hash.
 /// depth      plies, at least 1

@@ -1,6 +1,7 @@
 // One search of the root list at a given depth and window. The list is searched in the order it has, every move with
 // the full window; its scores make the order of the next iteration.
 #include "board/board.h"
+#include "frontend/thinking_output.h"
 #include "hash/hash.h"
 #include "search/internal.h"
 
@@ -21,6 +22,7 @@ i16 rootSearch(RootList& rootList, i32 rootCount, i32 depth, i16 alpha, i16 beta
     bool noMoveYet = true;
     for (i32 i = 0; i < rootCount; ++i) {
         RootMove& entry = rootList[i];
+        thinkingSink.rootMove(entry.move, i + 1, rootCount);
         PvLine childLine{};
         makeMove(entry.move);
         if (leftInCheck() != 0) {

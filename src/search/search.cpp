@@ -39,6 +39,7 @@ struct SearchNode {
 
 }  // namespace
 
+constinit u64 tableHits = 0;
 constinit const Scacchiera* searchCeiling = &boardStack[gameRecordsMax + searchRecordsMax];
 
 // ---- ahead of the moves ---------------------------------------------------------------------------------------
@@ -71,6 +72,7 @@ static bool tablebasesKnow(const SearchNode& node, i16& value) {
     if (success == 0) {
         return false;
     }
+    ++tableHits;
     value = tablebaseScore(wdl);
     // Deliberate: the slot's move as it stands, another position's too.
     hashStore(node.depth, value, HASH_EXACT, node.slot.move);

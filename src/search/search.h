@@ -5,8 +5,8 @@
 #include "search/ordering.h"
 #include "search/search_info.h"
 
-/// Searches the position at `board` at growing depth until the clock, stopSearch or maxDepth ends it, printing a
-/// thinking line for each iteration. Returns the move to play, 0 if no iteration was completed.
+/// Searches the position at `board` at growing depth until the clock, stopSearch or maxDepth ends it, telling
+/// thinkingSink of each attempt. Returns the move to play, 0 if no iteration was completed.
 /// ponderSearch  0: an ordinary search, sets EngineOptions.ponderMove. 1: on the thread that ponders or analyses,
 ///               sets ponderBest.
 /// Before: stopSearch 0, searchStartMs, moveTime and allocatedTime set. Clears the transposition table, history and

@@ -2,10 +2,9 @@
 // around the last score, until the clock or the depth limit ends it.
 #include "board/board.h"
 #include "frontend/frontend.h"
-#include "frontend/output.h"
+#include "frontend/thinking_output.h"
 #include "hash/hash.h"
 #include "platform/platform.h"
-#include "platform/print.h"
 #include "search/internal.h"
 #include "search/search.h"
 #include "search/search_watch.h"
@@ -16,8 +15,6 @@ constexpr i32 shownMateScore = 18999;    // scores beyond it are announced as ma
 constexpr i32 firstSecond = 100;         // centiseconds in which every iteration may begin
 constexpr i32 deepestIteration = 32767;  // a depth has 16 bits
 
-constinit u64 thinkNodes = 0;
-
 namespace {
 
 // What lives through the iterations of one think.
@@ -26,6 +23,7 @@ struct Deepening {
     i32 tbMen = 0;
     bool tbRootOk = false;
     i32 tbScore = 0;
+    u64 nodes = 0;  // of all attempts
     i16 alpha = -INFINITE;
     i16 beta = INFINITE;
 };
@@ -40,10 +38,9 @@ static void clearTables() {
 }
 
 static Mossa onlyMove(Mossa move) {
-    printThinkingHead(0, 0);
     gs_lineH.argmove[0] = move;
     gs_lineH.count = 1;
-    printLine(gs_lineH);
+    thinkingSink.onlyMove(gs_lineH);
     return move;
 }
 
@@ -84,28 +81,40 @@ static void rememberReply(i32 ponderSearch) {
     }
 }
 
-static void showThinking(const Deepening& state, i32 depth, i32 score) {
-    if (EngineOptions.postThinking != 1 || EngineOptions.stopSearch != 0) {
-        return;
+static AttemptEnd endOf(const Deepening& state, i32 score) {
+    if (score <= state.alpha) {
+        return AttemptEnd::failedLow;
     }
-    printThinkingHead(depth, state.tbRootOk && state.tbScore > score ? state.tbScore : score);
-    printLine(gs_lineH);
+    return score >= state.beta ? AttemptEnd::failedHigh : AttemptEnd::exact;
+}
+
+static void tellAttempt(const Deepening& state, i32 depth, i32 score) {
+    thinkingSink.attempt({
+        .depth = depth,
+        .score = state.tbRootOk && state.tbScore > score ? state.tbScore : score,
+        .end = endOf(state, score),
+        .milliseconds = elapsedMs(EngineOptions.searchStartMs),
+        .nodes = SearchInfo.nodes,
+        .nodesOfThink = state.nodes,
+        .tableHits = tableHits,
+        .line = gs_lineH,
+    });
 }
 
 static void announceMate(i32 score) {
     if (score > shownMateScore) {
-        print("Mate in% d \n", (MATE + 1 - score) / 2);
+        thinkingSink.mateIn((MATE + 1 - score) / 2);
         EngineOptions.ponder = 0;
     }
     if (score < -shownMateScore) {
-        print("Mated to% d \n", (score + MATE) / 2);
+        thinkingSink.matedIn((score + MATE) / 2);
         EngineOptions.ponder = 0;
     }
 }
 
 // Sets the window of the next attempt. True if the depth is done; else it is to be searched again with an open window.
 static bool iterationHolds(Deepening& state, i32 score) {
-    const bool failed = score <= state.alpha || score >= state.beta;
+    const bool failed = endOf(state, score) != AttemptEnd::exact;
     // Scores beyond the open window come only from boards with dozens of queens; nothing can be gained by repeating.
     const bool isLastWord = state.alpha == -INFINITE && state.beta == INFINITE;
     if (failed) {
@@ -134,14 +143,14 @@ static Mossa deepen(Deepening& state, RootList& rootList, i32 rootCount, i32 pon
         }
         const i32 score = rootSearch(rootList, rootCount, depth, state.alpha, state.beta, gs_lineH, MATE,
                                      wrap16(state.tbMen));
-        thinkNodes += SearchInfo.nodes;
+        state.nodes += SearchInfo.nodes;
         if (EngineOptions.stopSearch == 1) {
             break;
         }
         // Deliberate: after a failed iteration too.
         state.bestMove = gs_lineH.argmove[0];
         rememberReply(ponderSearch);
-        showThinking(state, depth, score);
+        tellAttempt(state, depth, score);
         announceMate(score);
         if (iterationHolds(state, score)) {
             ++depth;
@@ -152,7 +161,7 @@ static Mossa deepen(Deepening& state, RootList& rootList, i32 rootCount, i32 pon
 
 Mossa think(i32 ponderSearch) {
     SearchInfo.iterationDepth = 0;
-    thinkNodes = 0;
+    tableHits = 0;
     clearTables();
     RootList rootList{};
     i32 rootCount = 0;

@@ -1,5 +1,5 @@
 // Results: which positions end the game, and with which lines.
-#include "frontend/output.h"
+#include "frontend/game_end.h"
 #include "frontend_support.h"
 
 struct EndCase {

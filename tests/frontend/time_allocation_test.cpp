@@ -1,5 +1,5 @@
 // The budget of a move. The numbers were worked by hand from the rule.
-#include "frontend/internal.h"
+#include "frontend/time_allocation.h"
 #include "frontend_support.h"
 #include "platform/platform.h"
 

@@ -3,7 +3,7 @@
 
 #include "eval/eval.h"
 #include "eval/internal.h"
-#include "frontend/output.h"
+#include "frontend/game_end.h"
 #include "search/search_fixture.h"
 #include "support/golden.h"
 

@@ -1,5 +1,5 @@
 // The thinking lines, to the byte.
-#include "frontend/output.h"
+#include "frontend/thinking_lines.h"
 #include "frontend_support.h"
 #include "platform/platform.h"
 
