@@ -3,6 +3,7 @@
 
 #include "platform/bits.h"
 
+#include <algorithm>
 #include <charconv>
 #include <limits>
 #include <optional>
@@ -50,4 +51,10 @@ struct Words {
 
 [[nodiscard]] inline i64 numberOr(std::string_view word, i64 otherwise) {
     return numberIn(word).value_or(otherwise);
+}
+
+/// Whether two words are equal but for the case of their letters.
+[[nodiscard]] inline bool sameWord(std::string_view a, std::string_view b) {
+    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
+    return std::ranges::equal(a, b, [&](char x, char y) { return lower(x) == lower(y); });
 }
