@@ -49,8 +49,8 @@ ScratchFolder::~ScratchFolder() {
 void ScratchFolder::write(const std::string& name, std::string_view bytes) const {
     const std::string file = (path / name).string();
     std::FILE* stream = std::fopen(file.c_str(), "wb");
-    const bool written =
-        stream != nullptr && std::fwrite(bytes.data(), 1, bytes.size(), stream) == bytes.size();
+    const bool written = stream != nullptr && (bytes.empty() || std::fwrite(bytes.data(), 1, bytes.size(),
+                                                                            stream) == bytes.size());
     if (stream == nullptr || std::fclose(stream) != 0 || !written) {
         std::perror(file.c_str());
         std::abort();
