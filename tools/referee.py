@@ -1,15 +1,18 @@
 #!/usr/bin/env python3
-"""Plays games between two engines of the xboard protocol, over pipes and with clocks, and judges everything they say.
+"""Plays games between two engines of the xboard protocol or of UCI, over pipes and with clocks, and judges everything
+they say.
 
     tools/referee.py --games 20 --time 10+0.1 build/tarvelmon /usr/games/fairymax
+    tools/referee.py --games 20 uci:build/companions/gui/tarvelmon-gui build/companions/gui/tarvelmon-gui
     tools/referee.py --games 20 --ponder both build/tarvelmon build/tarvelmon
     tools/referee.py --games 20 build/tarvelmon random
 
-An engine is a command line, or "random" for a player of random legal moves. The engines take turns with the colours,
+An engine is a command line, one that begins with "uci:" for an engine that is to speak UCI, or "random" for a player of
+random legal moves. The engines take turns with the colours,
 and every two games begin with the same random opening moves. Each move is checked by the scripts' own rules of chess,
 each result line against the position, and clocks, error lines, moves out of turn and exit states are watched.
-An engine that calls itself tarvelmon must announce exactly the results it is built to announce; its faults make the
-exit status 1. Faults of other engines are told and end their game.
+An engine that calls itself tarvelmon must announce exactly the results it is built to announce, and the companion
+tarvelmon-gui those of the laws; their faults make the exit status 1. Faults of other engines are told and end their game.
 """
 
 import argparse
@@ -32,7 +35,9 @@ from chess_rules import Game, Position, START_FEN  # noqa: E402
 MOVE_LINE = re.compile(r"move (\S+)\s*$")
 CASTLING = {"O-O": ("e1g1", "e8g8"), "O-O-O": ("e1c1", "e8c8")}
 RESULT_LINE = re.compile(r"(1-0|0-1|1/2-1/2)\b")
-BUDGET_LINE = re.compile(r"#DEBUG moves: (-?\d+) move speed: (-?\d+)  allocated time: (-?\d+)$")
+BUDGET_LINE = re.compile(r"#(?:DEBUG)? moves: (-?\d+) move speed: (-?\d+) +allocated time: (-?\d+)$")
+BEST_MOVE_LINE = re.compile(r"bestmove (\S+)(?: ponder (\S+))?$")
+COMPANION = "tarvelmon-gui"
 # An engine that has neither moved nor lost on time after its clock ran out this long ago hangs.
 STALL_SECONDS = 15.0
 # A result line that is due comes at once; a machine under load may take its time.
@@ -138,10 +143,13 @@ class EngineProcess:
 
 
 class EnginePlayer:
-    """An engine as one side of a game."""
+    """An engine as one side of a game, by the xboard protocol."""
 
-    def __init__(self, command, folder, options):
+    def __init__(self, command, folder, options, is_first=True):
         self.command = command
+        self.is_first = is_first
+        self.claims_by_laws = os.path.basename(shlex.split(command)[0]) == COMPANION
+        self.announces = True
         self.options = options
         self.name = os.path.basename(shlex.split(command)[0])
         self.features = {"usermove": "0", "ping": "0", "setboard": "0"}
@@ -174,7 +182,8 @@ class EnginePlayer:
     def new_game(self, fen, seconds, increment):
         self.engine.send("new")
         self.engine.send("force")
-        self.engine.send(level_command(seconds, increment))
+        self.engine.send(exact_level_command(seconds, increment) if self.claims_by_laws
+                         else level_command(seconds, increment))
         self.engine.send("post")
         self.engine.send("hard" if self.options.ponders(self) else "easy")
         if self.options.depth:
@@ -246,8 +255,138 @@ class EnginePlayer:
             raise Fault(self, "wrote to standard error: " + self.engine.error_output[0])
 
 
+class UciPlayer:
+    """An engine as one side of a game, by UCI."""
+
+    announces = False
+    claims_by_laws = True
+
+    def __init__(self, command, folder, options, is_first=True):
+        self.options = options
+        self.is_first = is_first
+        self.name = os.path.basename(shlex.split(command)[0])
+        self.engine = EngineProcess(command, folder)
+        self.budget = None
+        self.longest_overrun = 0.0
+        self.ponder_searches = 0
+        self.ponder_hits = 0
+        self.moves = []
+        self.expected = None  # the opponent's move that the engine ponders on
+        self._ask("uci", "uciok")
+        self.is_ours = self.name.startswith("tarvelmon")
+
+    def _ask(self, line, answer):
+        """Sends a line and waits for its answer; a name on the way is kept."""
+        self.engine.send(line)
+        end = time.monotonic() + 10.0
+        while True:
+            try:
+                _, said = self.engine.receive(end - time.monotonic())
+            except queue.Empty:
+                raise Fault(self, f"does not say {answer}") from None
+            if said is None:
+                raise Fault(self, f"ended instead of saying {answer}; " + self.last_words())
+            if said.startswith("id name "):
+                self.name = said[8:]
+            if said == answer:
+                return
+
+    def new_game(self, fen, seconds, increment):
+        self.increment = increment
+        self.position = "startpos" if fen == START_FEN else "fen " + fen
+        self.engine.send("ucinewgame")
+        self._ask("isready", "readyok")
+
+    def tell_move(self, text):
+        self.moves.append(text)
+
+    def _send_position(self, moves):
+        self.engine.send(f"position {self.position}" + (" moves " + " ".join(moves) if moves else ""))
+
+    def _clock_words(self):
+        white, black = self.clocks if self.is_white else self.clocks[::-1]
+        milliseconds = max(1, int(white * 1000)), max(1, int(black * 1000)), int(self.increment * 1000)
+        words = "wtime {} btime {} winc {} binc {}".format(*milliseconds, milliseconds[2])
+        return words + (f" depth {self.options.depth}" if self.options.depth else "")
+
+    def start_thinking(self, game, own_clock, other_clock, opponent_move):
+        if opponent_move is not None:
+            self.moves.append(opponent_move)
+        self.is_white = len(self.moves) % 2 == 0
+        self.clocks = [own_clock, other_clock]
+        moment = time.monotonic()
+        self.begun = moment
+        if self.expected is not None and self.expected == opponent_move:
+            self.expected = None
+            self.ponder_hits += 1
+            self.engine.send("ponderhit")
+            return moment
+        if self.expected is not None:
+            self.expected = None
+            self.engine.send("stop")
+            self._best_move(5.0)
+        self._send_position(self.moves)
+        self.engine.send("go " + self._clock_words())
+        return moment
+
+    def _best_move(self, seconds):
+        """(time, move, reply); None if it does not come in time."""
+        end = time.monotonic() + seconds
+        while True:
+            try:
+                moment, line = self.engine.receive(end - time.monotonic())
+            except queue.Empty:
+                return None
+            if line is None:
+                raise Fault(self, "ended in the game; " + self.last_words())
+            best = BEST_MOVE_LINE.match(line)
+            if best:
+                return moment, best.group(1), best.group(2)
+            if not line.startswith("info "):
+                raise Fault(self, f"said '{line}'")
+
+    def next_event(self, seconds):
+        answer = self._best_move(seconds)
+        if answer is None:
+            return None
+        moment, text, reply = answer
+        self.moves.append(text)
+        if self.options.ponders(self) and reply:
+            self._ponder(moment, reply)
+        return "move", moment, text
+
+    def _ponder(self, moment, reply):
+        game = Game()
+        for move in self.moves:
+            if not game.play(move):
+                return  # the match tells of it
+        if not game.position.has_legal_move():
+            raise Fault(self, f"expects {reply} where the game has ended")
+        if reply not in game.position.legal_moves():
+            raise Fault(self, f"expects the illegal move {reply} in {game.position.fen()}")
+        self.expected = reply
+        self.ponder_searches += 1
+        self.clocks[0] += self.increment - max(0.0, moment - self.begun)
+        self._send_position(self.moves + [reply])
+        self.engine.send("go ponder " + self._clock_words())
+
+    def last_words(self):
+        status = self.engine.process.poll()
+        return f"status {status}, " + " / ".join(self.engine.log[-6:] + self.engine.error_output[-5:])
+
+    def finish(self):
+        status = self.engine.close()
+        if self.is_ours and status != 0:
+            raise Fault(self, f"ended with status {status}; " + self.last_words())
+        if self.is_ours and self.engine.error_output:
+            raise Fault(self, "wrote to standard error: " + self.engine.error_output[0])
+
+
 class RandomPlayer:
     """Plays any legal move at once."""
+
+    announces = False
+    claims_by_laws = False
 
     is_ours = False
     name = "random"
@@ -281,6 +420,10 @@ def level_command(seconds, increment):
     return f"level 0 {max(1, int(seconds // 60))} {int(increment)}"
 
 
+def exact_level_command(seconds, increment):
+    return f"level 0 {int(seconds // 60)}:{seconds % 60:04.1f} {increment}"
+
+
 class Options:
     """How the games are played."""
 
@@ -298,12 +441,13 @@ class Options:
         self.depth = depth
 
     def ponders(self, player):
-        return self.ponder == "both" or (self.ponder == "ours" and player.name.startswith("tarvelmon"))
+        return (self.ponder == "both" or (self.ponder == "first" and player.is_first)
+                or (self.ponder == "ours" and player.name.startswith("tarvelmon")))
 
 
 # How a game ended, and what it cost.
 GameRecord = collections.namedtuple(
-    "GameRecord", "white black result reason moves fault untrue_claims unannounced overruns ponder_searches start_fen logs")
+    "GameRecord", "white black result reason moves fault untrue_claims unannounced overruns ponder_searches start_fen logs borrowed")
 
 
 class Match:
@@ -317,6 +461,7 @@ class Match:
         self.clocks = [options.seconds, options.seconds]
         self.untrue_claims = 0
         self.unannounced = 0
+        self.borrowed = 0.0  # the most that a clock ran over within the margin
         self.opening = opening
 
     def play(self):
@@ -360,6 +505,7 @@ class Match:
         self.clocks[side] -= used
         if self.clocks[side] < -self.options.margin:
             raise Fault(mover, f"loses on time by {-self.clocks[side]:.3f} s, budget {mover.budget}, used {used:.3f}")
+        self.borrowed = max(self.borrowed, -self.clocks[side])
         self.clocks[side] += self.options.increment
         text = CASTLING[text][side] if text in CASTLING else text.lower()
         if not self._put_on_board(text):
@@ -374,8 +520,10 @@ class Match:
             return ("0-1" if side == 0 else "1-0"), "resignation"
         raise Fault(player, f"claims '{line}' in {self.game.position.fen()}")
 
-    def _expected_lines(self):
+    def _expected_lines(self, player):
         """The result lines that belong to the present position."""
+        if player.claims_by_laws:
+            return self._lawful_lines()
         lines = []
         if self.counts.counts[-1] == 2:
             lines.append("1/2-1/2 {Draw by repetition}")
@@ -388,21 +536,41 @@ class Match:
             lines.append("1/2-1/2 {Draw by 50 move rule}")
         return lines
 
+    def _lawful_lines(self):
+        """The one line that tells how the laws end the game here."""
+        game = self.game
+        if game.is_checkmate():
+            return ["0-1 {Black mates}" if game.position.white else "1-0 {White mates}"]
+        for ended, words in ((game.is_stalemate(), "Stalemate"),
+                             (nobody_can_mate(game.position), "Draw by insufficient material"),
+                             (game.is_fifty_moves(), "Draw by 50 move rule"),
+                             (game.occurrences() >= 3, "Draw by repetition")):
+            if ended:
+                return ["1/2-1/2 {%s}" % words]
+        return []
+
+    def _must_announce(self, player):
+        """A move of the engine from a book or out of a ponder search is not looked at for the end of the game; the
+        companion looks at every move."""
+        return player.is_ours and player.announces and (player.budget is not None or player.claims_by_laws)
+
     def _end_after(self, mover, other, last_move):
         """The outcome if the last move ended the game, by the laws or by a claim of ours; checks what was said."""
-        expected = self._expected_lines()
+        expected = self._expected_lines(mover)
+        expected_of_other = self._expected_lines(other)
         outcome = self._outcome_by_laws()
-        if not outcome and not expected:
+        if not outcome and not expected and not expected_of_other:
             return None
-        # A move of ours from a book or out of a ponder search is not looked at for the end of the game.
-        if mover.is_ours and mover.budget is not None:
+        announced = self._must_announce(mover)
+        if announced:
             self._hear_results(mover, expected, must=True)
-        if outcome is None and not (mover.is_ours and mover.budget is not None) and not other.is_ours:
+        if outcome is None and not announced and not (other.is_ours and other.announces):
             return None  # an end only in the count of tarvelmon, which has not noticed
-        if other.is_ours:
+        if other.is_ours and other.announces:
             other.tell_move(last_move)
             # An expected move that was on the board already may not be looked at either.
-            self._hear_results(other, expected, must=not self.options.ponders(other))
+            self._hear_results(other, expected_of_other,
+                               must=other.claims_by_laws or not self.options.ponders(other))
         if outcome:
             return outcome
         self.untrue_claims += 1
@@ -419,6 +587,8 @@ class Match:
             return "1/2-1/2", "repetition"
         if self.game.has_bare_kings():
             return "1/2-1/2", "bare kings"
+        if any(player.claims_by_laws for player in self.players) and nobody_can_mate(self.game.position):
+            return "1/2-1/2", "material"
         if len(self.game.moves) >= self.options.max_plies:
             return "1/2-1/2", "length"
         return None
@@ -441,6 +611,23 @@ class Match:
                 return
         if heard != expected:
             raise Fault(player, f"announces {heard} instead of {expected} in {self.game.position.fen()}")
+
+
+def nobody_can_mate(position):
+    """Bare kings, one knight, or bishops that all stand on squares of one colour."""
+    men = [(man.lower(), square) for square, man in enumerate(position.board) if man not in ".Kk"]
+    if [man for man, _ in men] in ([], ["n"]):
+        return True
+    colours = {(square + (square >> 3)) % 2 for man, square in men if man == "b"}
+    return all(man == "b" for man, _ in men) and len(colours) == 1
+
+
+def make_player(command, folder, options, is_first, seed):
+    if command == "random":
+        return RandomPlayer(seed)
+    if command.startswith("uci:"):
+        return UciPlayer(command[4:], folder, options, is_first)
+    return EnginePlayer(command, folder, options, is_first)
 
 
 def random_opening(seed, plies):
@@ -470,8 +657,7 @@ def play_game(commands, options, number):
         try:
             for index in order:
                 command = commands[index]
-                players.append(RandomPlayer(options.seed * 7919 + number) if command == "random"
-                               else EnginePlayer(command, folder, options))
+                players.append(make_player(command, folder, options, index == 0, options.seed * 7919 + number))
             match = Match(players, options, opening)
             result, reason = match.play()
         except Fault as caught:
@@ -482,11 +668,11 @@ def play_game(commands, options, number):
             except Fault as caught:
                 fault = fault or caught
         names = [player.name for player in players] + ["?"] * (2 - len(players))
-        logs = [player.engine.log for player in players if isinstance(player, EnginePlayer)]
+        logs = [player.engine.log for player in players if not isinstance(player, RandomPlayer)]
         overruns = {player.name: player.longest_overrun for player in players}
         return GameRecord(names[0], names[1], result, reason, match.game.moves if match else [], fault,
                           match.untrue_claims if match else 0, match.unannounced if match else 0, overruns,
-                          sum(player.ponder_searches for player in players), START_FEN, logs)
+                          sum(player.ponder_searches for player in players), START_FEN, logs, match.borrowed if match else 0.0)
 
 
 def san(game_position, text):
@@ -550,6 +736,7 @@ class Tally:
         self.ponder_searches = 0
         self.untrue_claims = 0
         self.unannounced = 0
+        self.borrowers = []  # seconds that a clock ran over, a game
         self.our_faults = []
         self.other_faults = []
 
@@ -565,6 +752,8 @@ class Tally:
         self.ponder_searches += record.ponder_searches
         self.untrue_claims += record.untrue_claims
         self.unannounced += record.unannounced
+        if record.borrowed > 0:
+            self.borrowers.append(record.borrowed)
         for name, seconds in record.overruns.items():
             self.overruns[name] = max(self.overruns[name], seconds)
 
@@ -576,6 +765,9 @@ class Tally:
         lines += [f"ended by {reason}: {count}" for reason, count in self.reasons.most_common()]
         lines += [f"longest overrun of a budget, {name}: {seconds * 1000:.0f} ms"
                   for name, seconds in self.overruns.items() if seconds > 0]
+        if self.borrowers:
+            lines.append(f"games in which a clock ran over within the margin: {len(self.borrowers)}, "
+                         f"by {max(self.borrowers) * 1000:.0f} ms at the most")
         lines.append(f"ponder searches: {self.ponder_searches}")
         lines.append(f"draws claimed by count that the laws do not see: {self.untrue_claims}")
         lines.append(f"ends not announced while pondering: {self.unannounced}")
@@ -610,13 +802,22 @@ def play_match(commands, options, games, concurrency=1, on_game=None):
     return tally
 
 
+def with_absolute_path(command):
+    """The games are played in folders of their own."""
+    if command == "random":
+        return command
+    prefix = "uci:" if command.startswith("uci:") else ""
+    words = shlex.split(command[len(prefix):])
+    return prefix + " ".join([os.path.abspath(words[0])] + words[1:])
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("first")
     parser.add_argument("second")
     parser.add_argument("--games", type=int, default=2)
     parser.add_argument("--time", default="10+0.1", help="seconds on the clock + seconds added for each move")
-    parser.add_argument("--ponder", choices=("none", "ours", "both"), default="none")
+    parser.add_argument("--ponder", choices=("none", "ours", "first", "both"), default="none")
     parser.add_argument("--opening-plies", type=int, default=6)
     parser.add_argument("--max-plies", type=int, default=400)
     parser.add_argument("--ini", default="[ENGINE]\nHashSize=64\nPawnHashSize=16\n[BOOK]\nBook=0\n"
@@ -633,9 +834,7 @@ def main():
     options = Options(float(seconds), float(increment or 0), arguments.ponder, arguments.opening_plies,
                       arguments.max_plies, arguments.ini.replace("\\n", "\n"), arguments.seed, arguments.sigint,
                       arguments.margin, arguments.depth)
-    commands = [command if command == "random" else " ".join(
-        [os.path.abspath(shlex.split(command)[0])] + shlex.split(command)[1:])
-        for command in (arguments.first, arguments.second)]
+    commands = [with_absolute_path(command) for command in (arguments.first, arguments.second)]
 
     def on_game(record, number):
         print(f"game {number + 1}: {record.white} - {record.black} {record.result} "

@@ -176,6 +176,10 @@ constexpr OptionRow path(const char* name, Kind kind, std::string Settings::*fie
     return {name, kind, forBoth, 0, 0, nullptr, nullptr, field};
 }
 
+constexpr OptionRow button(const char* name, u8 sides) {
+    return {name, Kind::button, sides, 0, 0, nullptr, nullptr, nullptr};
+}
+
 constexpr OptionRow rows[] = {
     number("Hash", forUci, 1, largestHash, &Settings::hashMegabytes),
     number("PawnHash", forBoth, 1, largestPawnHash, &Settings::pawnHashMegabytes),
@@ -193,7 +197,8 @@ constexpr OptionRow rows[] = {
     number("LessTime", forBoth, 5, 15, &Settings::lessTime),
     number("FastGame", forBoth, 5, 15, &Settings::fastGame),
     number("FastOpening", forBoth, 5, 15, &Settings::fastOpening),
-    {"Clear Hash", Kind::button, forBoth, 0, 0, nullptr, nullptr, nullptr},
+    button("Clear Hash", forUci),
+    button("ClearHash", forXboard),  // some interfaces end a name at its first blank
 };
 
 }  // namespace

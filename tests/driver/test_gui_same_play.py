@@ -93,7 +93,7 @@ class SamePlay(unittest.TestCase):
             gui.xboard_protocol()
             gui.send("new", "force", "post", "st 100000")
             for search in read_searches():
-                gui.send("force", "option Clear Hash", "setboard " + search.fen, "sd %d" % search.depth, "go")
+                gui.send("force", "option ClearHash", "setboard " + search.fen, "sd %d" % search.depth, "go")
                 best = gui.expect(r"move (\S+)").group(1)
                 found = []
                 for line in gui.skipped:
