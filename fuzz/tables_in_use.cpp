@@ -10,9 +10,9 @@
 #include "tablebase/tablebase.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <fstream>
-#include <iterator>
 #include <utility>
 
 constexpr i32 searchDepth = 3;
@@ -22,11 +22,21 @@ static bool isTable(const std::filesystem::path& file) {
     return file.extension() == ".rtbw" || file.extension() == ".rtbz";
 }
 
+std::string bytesOfFile(const std::filesystem::path& file) {
+    std::string bytes(std::filesystem::file_size(file), '\0');
+    std::ifstream stream(file, std::ios::binary);
+    stream.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    if (!stream) {
+        std::perror(file.c_str());
+        std::abort();
+    }
+    return bytes;
+}
+
 TablesInUse::TablesInUse(const std::filesystem::path& source) {
     for (const auto& entry : std::filesystem::directory_iterator(source)) {
         if (isTable(entry.path())) {
-            std::ifstream stream(entry.path(), std::ios::binary);
-            add({entry.path().filename().string(), {std::istreambuf_iterator<char>(stream), {}}});
+            add({entry.path().filename().string(), bytesOfFile(entry.path())});
         }
     }
 }

@@ -8,6 +8,9 @@
 #include <string_view>
 #include <vector>
 
+/// A whole file; aborts if it cannot be read.
+[[nodiscard]] std::string bytesOfFile(const std::filesystem::path& file);
+
 /// A sound file of a table.
 struct SoundTable {
     std::string name;  // such as "KQvK.rtbw"
