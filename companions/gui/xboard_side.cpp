@@ -369,6 +369,7 @@ constexpr XboardCommand commands[] = {
     {"rating", drop},
     {"ics", drop},
     {"draw", drop},
+    {"ponder", drop},  // not of the protocol, but sent by some to every engine
 };
 
 }  // namespace

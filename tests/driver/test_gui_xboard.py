@@ -70,7 +70,7 @@ class Features(Conversation):
 
     def test_nothing_that_interfaces_send_by_habit_is_an_error(self):
         lines = ["accepted ping", "rejected reuse", "rejected option nonsense", "random", "computer", "name Somebody",
-                 "rating 1500 1600", "ics -", "ics freechess.org", "variant normal", "hint", "draw", "post", "nopost",
+                 "rating 1500 1600", "ics -", "ics freechess.org", "variant normal", "ponder off", "hint", "draw", "post", "nopost",
                  "hard", "easy", "?", ".", "memory 16", "egtpath syzygy /nowhere", "egtpath nalimov /nowhere",
                  "option SafePly=12", "option RandBook=0", "option ClearHash", "level 40 5 0", "level 0 0:20 3", "st 5",
                  "sd 4", "time 1000", "otim 1000", "result * {no reason}", "new", "force", "undo", "remove", "exit", ""]
