@@ -1,6 +1,7 @@
-// Playing single moves, the null move, and the key from scratch. The rules of a move are in node_moves.h.
+// Playing single moves, the null move, and the key from scratch. The rules of a move are in make_move.h.
+#include "board/make_move.h"
+
 #include "board/board.h"
-#include "board/node_moves.h"
 
 #include <algorithm>
 

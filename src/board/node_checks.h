@@ -3,7 +3,7 @@
 
 #include "board/attacks.h"
 #include "board/board.h"
-#include "board/node_moves.h"
+#include "board/make_move.h"
 
 #include <array>
 

@@ -1,6 +1,6 @@
 // Counting the move tree, and the benchmark that reports it.
 #include "board/board.h"
-#include "board/node_moves.h"
+#include "board/make_move.h"
 #include "platform/print.h"
 #include "search/ordering.h"
 

@@ -1,7 +1,6 @@
 // Lookup tables of the board: steps, lines, sliding attacks, keys. All in the frame of the side to move.
 #pragma once
 
-#include "board/random64.h"
 #include "platform/bits.h"
 
 #include <array>

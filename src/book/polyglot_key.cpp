@@ -1,6 +1,6 @@
 // The key under which a book holds a position, worked out from the men: a scheme of its own, apart from hashKey.
 #include "board/board.h"
-#include "board/tables.h"
+#include "hash/random64.h"
 #include "book/book.h"
 
 // Where the kinds of numbers begin in Random64.

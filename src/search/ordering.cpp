@@ -1,7 +1,7 @@
 // Operations on move lists, and the tables behind the order of quiet moves. No list is sorted inside the tree.
 #include "search/ordering.h"
 
-#include "board/node_moves.h"
+#include "board/make_move.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,7 +1,7 @@
 // The search at the horizon: captures and promotions, evasions, and checks on the first two levels, until the
 // position is quiet. No hash table, no mate scores. The clock test of the whole search is here too.
 #include "board/board.h"
-#include "board/node_moves.h"
+#include "board/make_move.h"
 #include "eval/eval.h"
 #include "frontend/frontend.h"
 #include "platform/platform.h"

@@ -3,7 +3,7 @@
 // slot, be it another position's, decides which pruning may run.
 #include "board/board.h"
 #include "board/node_checks.h"
-#include "board/node_moves.h"
+#include "board/make_move.h"
 #include "eval/eval.h"
 #include "frontend/frontend.h"
 #include "hash/hash.h"

@@ -3,7 +3,7 @@
 #include "tablebase/internal.h"
 #include "tablebase/tablebase.h"
 
-#include "board/random64.h"
+#include "hash/random64.h"
 #include "platform/print.h"
 
 #include <algorithm>

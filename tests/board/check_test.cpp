@@ -42,7 +42,7 @@ TEST(Checks, AreEmptyWithoutAKing) {
 }
 
 // The shared sets of a node and the plain tests agree on every move of many positions.
-#include "board/node_moves.h"
+#include "board/make_move.h"
 TEST(NodeMoves, TryMoveIsMakeMoveAndLeftInCheck) {
     const std::vector<std::string> golden = linesOf(TEST_DATA_DIR "/golden/moves.txt");
     i32 moves = 0;

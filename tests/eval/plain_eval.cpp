@@ -1,7 +1,7 @@
 #include "plain_eval.h"
 
 #include "board/board.h"
-#include "board/random64.h"
+#include "hash/random64.h"
 
 #include <algorithm>
 #include <array>
