@@ -3,8 +3,8 @@
 #include "board/board.h"
 #include "eval/eval.h"
 #include "frontend/frontend.h"
+#include "frontend/session.h"
 #include "hash/hash.h"
-#include "search/ordering.h"
 
 #include <benchmark/benchmark.h>
 

@@ -1,6 +1,7 @@
 // Leaves a second of the move tree: generators, make-move and check test together, each leaf made in full. Every count
 // is checked against the published one.
 #include "board/board.h"
+#include "frontend/session.h"
 
 #include <benchmark/benchmark.h>
 

@@ -4,6 +4,7 @@
 
 #include "board/board.h"
 #include "frontend/frontend.h"
+#include "frontend/session.h"
 #include "frontend/thinking_output.h"
 #include "hash/hash.h"
 #include "platform/platform.h"

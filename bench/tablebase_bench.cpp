@@ -3,6 +3,7 @@
 // tables of four men. The sum of all values is checked.
 #include "board/board.h"
 #include "frontend/frontend.h"
+#include "frontend/session.h"
 #include "tablebase/tablebase.h"
 
 #include <benchmark/benchmark.h>

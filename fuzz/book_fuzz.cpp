@@ -4,6 +4,7 @@
 #include "book/book.h"
 #include "book_check.h"
 #include "frontend/frontend.h"
+#include "frontend/session.h"
 #include "fuzz_support.h"
 
 #include <array>

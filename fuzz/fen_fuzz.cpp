@@ -5,6 +5,7 @@
 #include "eval/eval.h"
 #include "frontend/frontend.h"
 #include "frontend/game_end.h"
+#include "frontend/session.h"
 #include "fuzz_support.h"
 #include "hash/hash.h"
 #include "platform/platform.h"

@@ -2,6 +2,7 @@
 #include "fuzz_support.h"
 
 #include "board/board.h"
+#include "frontend/session.h"
 #include "frontend/thinking_lines.h"
 
 #include <cstdio>

@@ -3,6 +3,7 @@
 #include "board/board.h"
 #include "eval/eval.h"
 #include "frontend/game_end.h"
+#include "frontend/session.h"
 #include "fuzz_support.h"
 
 #include <algorithm>

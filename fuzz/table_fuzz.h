@@ -2,6 +2,7 @@
 // that a read beyond them is seen. In the fuzz targets the first byte of an input chooses the table's name.
 #pragma once
 
+#include "frontend/session.h"
 #include "fuzz_support.h"
 #include "tablebase/internal.h"
 #include "tablebase/tablebase.h"

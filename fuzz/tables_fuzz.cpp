@@ -5,6 +5,7 @@
 // byte each; then damages of five bytes. Not among them is what ends the process on purpose: a file that cannot be
 // mapped, and a missing DTZ file.
 #include "board/board.h"
+#include "frontend/session.h"
 #include "tablebase/tablebase.h"
 #include "tables_in_use.h"
 

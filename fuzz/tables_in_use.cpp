@@ -4,6 +4,7 @@
 #include "board/board.h"
 #include "frontend/frontend.h"
 #include "frontend/internal.h"
+#include "frontend/session.h"
 #include "hash/hash.h"
 #include "platform/platform.h"
 #include "search/search.h"

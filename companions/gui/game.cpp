@@ -3,6 +3,7 @@
 #include "game.h"
 
 #include "fen_reader.h"
+#include "frontend/session.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 // Moves as text. Legal is what the core's own list of legal moves holds; the reasons are found by looking at the men.
 #include "rules.h"
 
-#include "search/ordering.h"
+#include "board/board.h"
 
 #include <algorithm>
 #include <cctype>

@@ -177,14 +177,28 @@ struct QuietList {
     std::array<Mossa, quietCapacity> entries;
 };
 
+/// Room for every pseudo-legal move of any placement.
+constexpr i32 moveCapacity = captureCapacity + quietCapacity;
+using MoveArray = std::array<Mossa, moveCapacity>;
+
+/// The entry with the highest score, the first of equals; the last entry is copied over it. `count`, at least 1,
+/// stays: the caller lowers it when done with the move.
+inline Mossa pickBest(MoveList& list) {
+    i32 best = 0;
+    for (i32 i = 1; i < list.count; ++i) {
+        if (list.entries[static_cast<u32>(i)].score > list.entries[static_cast<u32>(best)].score) {
+            best = i;
+        }
+    }
+    const Mossa move = list.entries[static_cast<u32>(best)].move;
+    list.entries[static_cast<u32>(best)] = list.entries[static_cast<u32>(list.count - 1)];
+    return move;
+}
+
 // ---- start and text -------------------------------------------------------------------------------------------
 
 /// Fills the sliding attack sets. Called once, first in `main` and in every test program.
 void initBoardTables();
-
-/// `board` becomes record 0 with the start position, key computed. `psqScore` of the record stays as it was:
-/// deliberate. Also sets TimeControl.moveNumber to 0. Clocks, flags and hash tables are the caller's business.
-void newGame();
 
 /// Reads a FEN into the record at `board`, which does not move. Four fields are enough; a sixth is ignored.
 /// Returns 1, or 0 if rejected: a bad side token leaves the record as it was, a later fault leaves it partly
@@ -248,6 +262,11 @@ void genEvasions(TBB checkers, MoveList& captures, QuietList& quiets);
 /// Quiet moves that may give check; some do not, and some stand twice.
 void genChecks(QuietList& checks);
 
+/// All pseudo-legal moves: captures by score, then quiet moves from the last generated to the first.
+void orderedMoves(MoveArray& moves, i32& count);
+/// The legal ones of orderedMoves, in the same order. Adds to SearchInfo.nodes.
+void legalMoves(MoveArray& moves, i32& count);
+
 // ---- static exchange ------------------------------------------------------------------------------------------
 
 /// What `move` is worth once all exchanges on its target have been played, centipawns. `board` is unchanged; at most
@@ -271,7 +290,3 @@ void seeTest();
 u64 perft(i32 depth);
 /// 1 for depth 0, else perft(depth).
 u64 perftOrOne(i32 depth);
-/// Rounded down and held to 32 bits; 0 if no time has passed.
-[[nodiscard]] i32 nodesPerSecond(u64 nodes, double seconds);
-/// Counts the six positions of the benchmark and prints the report. The game on the board is lost.
-void runBenchmark();

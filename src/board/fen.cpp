@@ -1,8 +1,7 @@
-// Reading positions: the FEN reader, and the start position. The board is built in White's frame and flipped at the
+// Reading positions: the FEN reader. The board is built in White's frame and flipped at the
 // end for Black. Squares are not checked against the rules: whatever a text sets up is played.
 #include "board/board.h"
 #include "eval/psq.h"
-#include "frontend/frontend.h"
 
 #include <cstring>
 #include <string_view>
@@ -178,18 +177,4 @@ i32 fenToBoard(const char* fen) {
     b.hashKey = computeKey();
     b.psqScore = easyVal();
     return 1;
-}
-
-void newGame() {
-    board = boardStack.data();
-    board->side = 0x000000000000FFFFULL;
-    board->pbq = 0x2CFF00000000FF2CULL;
-    board->nbk = 0x7600000000000076ULL;
-    board->rqk = 0x9900000000000099ULL;
-    board->castleRights = OWN_LONG | OWN_SHORT | OPPONENT_LONG | OPPONENT_SHORT;
-    board->epFile = noEpFile;
-    board->rule50 = 0;
-    board->stateFlags = 0;
-    TimeControl.moveNumber = 0;
-    board->hashKey = computeKey();
 }

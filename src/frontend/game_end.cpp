@@ -4,7 +4,6 @@
 
 #include "board/board.h"
 #include "platform/print.h"
-#include "search/ordering.h"
 
 constexpr i32 drawingRepetition = 2;  // the position stands for the third time
 constexpr i32 fiftyMovePlies = 99;    // the last count without a draw

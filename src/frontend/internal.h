@@ -76,6 +76,14 @@ void xboardLoop();
 /// The console's commands that look into the engine; notTaken if `line` is none.
 Next walkDiagnostics(const char* line);
 
+// ---- benchmark ------------------------------------------------------------------------------------------------
+
+/// Rounded down and held to 32 bits; 0 if no time has passed.
+[[nodiscard]] i32 nodesPerSecond(u64 nodes, double seconds);
+
+/// Counts the six positions of the benchmark and prints the report. The game on the board is lost.
+void runBenchmark();
+
 // ---- searching beside the input -------------------------------------------------------------------------------
 
 /// Searches with think(1) on one thread while another reads the input; returns when both have ended. Each line is

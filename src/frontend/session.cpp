@@ -1,4 +1,4 @@
-// The tables of a mode, whose move it is, and taking back.
+// The tables of a mode, the game on the board from its start, whose move it is, and taking back.
 #include "frontend/session.h"
 
 #include "board/board.h"
@@ -42,4 +42,18 @@ void takeBackMove() {
     if (board > boardStack.data()) {
         --board;
     }
+}
+
+void newGame() {
+    board = boardStack.data();
+    board->side = 0x000000000000FFFFULL;
+    board->pbq = 0x2CFF00000000FF2CULL;
+    board->nbk = 0x7600000000000076ULL;
+    board->rqk = 0x9900000000000099ULL;
+    board->castleRights = OWN_LONG | OWN_SHORT | OPPONENT_LONG | OPPONENT_SHORT;
+    board->epFile = noEpFile;
+    board->rule50 = 0;
+    board->stateFlags = 0;
+    TimeControl.moveNumber = 0;
+    board->hashKey = computeKey();
 }

@@ -1,4 +1,5 @@
-// What a program around the engine does first and at each turn: the tables of a mode, whose move it is, taking back.
+// What a program around the engine does first and at each turn: the tables of a mode, a new game, whose move it is,
+// taking back.
 #pragma once
 
 #include "platform/bits.h"
@@ -8,6 +9,10 @@ void setUpTables();
 
 /// A transposition table of so many MB, empty.
 void resizeHashTable(i32 megabytes);
+
+/// `board` becomes record 0 with the start position, key computed. `psqScore` of the record stays as it was:
+/// deliberate. Also sets TimeControl.moveNumber to 0. Clocks, flags and hash tables are the caller's business.
+void newGame();
 
 /// 0 White, 1 Black.
 [[nodiscard]] u8 sideToMove();

@@ -1,8 +1,6 @@
 // Operations on move lists, and the tables behind the order of quiet moves. No list is sorted inside the tree.
 #include "search/ordering.h"
 
-#include "board/make_move.h"
-
 #include <algorithm>
 #include <utility>
 
@@ -100,34 +98,6 @@ bool isPseudoLegal(Mossa move) {
             return toEmpty && (to >> 8 & pawns(b) & ~b.side) != 0 && (moveTo(move) & 7) == b.epFile;
         default:
             return false;
-    }
-}
-
-void orderedMoves(MoveArray& moves, i32& count) {
-    MoveList captures;
-    genCaptures(captures);
-    QuietList quiets;
-    genQuiets(quiets);
-    count = 0;
-    for (; captures.count != 0; --captures.count) {
-        moves[count++] = pickBest(captures);
-    }
-    for (i32 i = quiets.count - 1; i >= 0; --i) {
-        moves[count++] = quiets.entries[i];
-    }
-}
-
-void legalMoves(MoveArray& moves, i32& count) {
-    MoveArray all;
-    i32 allCount = 0;
-    orderedMoves(all, allCount);
-    const NodeMoves shared = nodeMoves();
-    count = 0;
-    for (i32 i = 0; i < allCount; ++i) {
-        if (tryMove<MakeDepth::light>(shared, all[i])) {
-            --board;
-            moves[count++] = all[i];
-        }
     }
 }
 

@@ -1,15 +1,10 @@
-// Operations on move lists: selection, killers, history, the root list. No include but board types.
+// Operations on lists of moves: killers, history, the test of a hash move, the root list and its sorts.
 #pragma once
 
 #include "board/board.h"
-#include "search/search_info.h"
+#include "search/root_list.h"
 
 #include <array>
-
-/// Room for every pseudo-legal move of any placement.
-constexpr i32 moveCapacity = captureCapacity + quietCapacity;
-using MoveArray = std::array<Mossa, moveCapacity>;
-using RootList = std::array<RootMove, moveCapacity>;
 
 constexpr i32 killerPlies = 64;
 
@@ -18,20 +13,6 @@ constexpr i32 killerPlies = 64;
 extern std::array<std::array<std::array<i32, 64>, 64>, 2> historyTable;
 /// [ply][0] the newer, [ply][1] the older quiet move that cut off at this ply. Cleared before each iteration.
 extern std::array<std::array<Mossa, 2>, killerPlies> killers;
-
-/// The entry with the highest score, the first of equals; the last entry is copied over it. `count`, at least 1,
-/// stays: the caller lowers it when done with the move.
-inline Mossa pickBest(MoveList& list) {
-    i32 best = 0;
-    for (i32 i = 1; i < list.count; ++i) {
-        if (list.entries[static_cast<u32>(i)].score > list.entries[static_cast<u32>(best)].score) {
-            best = i;
-        }
-    }
-    const Mossa move = list.entries[static_cast<u32>(best)].move;
-    list.entries[static_cast<u32>(best)] = list.entries[static_cast<u32>(list.count - 1)];
-    return move;
-}
 
 /// Takes `move` out of the list. Returns 1 if it was there, else 0. Deliberate: only the moves are exchanged, so the
 /// last move takes over the score of the dropped one.
@@ -47,11 +28,7 @@ void saveKiller(i32 ply, Mossa move);
 /// Whether the men on from and to suit a hash move's kind; looks at no path and no check.
 [[nodiscard]] bool isPseudoLegal(Mossa move);
 
-/// All pseudo-legal moves: captures by score, then quiet moves from the last generated to the first.
-void orderedMoves(MoveArray& moves, i32& count);
-/// The legal ones of orderedMoves, in the same order. Adds to SearchInfo.nodes.
-void legalMoves(MoveArray& moves, i32& count);
-/// The same into the `move` words of a root list; the other words are left alone.
+/// legalMoves into the `move` words of a root list; the other words are left alone.
 void rootMoves(RootList& list, i32& count);
 
 /// Quicksort of entries first to last (inclusive), ascending by tbRank; not stable.

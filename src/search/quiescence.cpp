@@ -1,43 +1,15 @@
 // The search at the horizon: captures and promotions, evasions, and checks on the first two levels, until the
-// position is quiet. No hash table, no mate scores. The clock test of the whole search is here too.
+// position is quiet. No hash table, no mate scores.
 #include "board/board.h"
 #include "board/make_move.h"
 #include "eval/eval.h"
-#include "frontend/frontend.h"
-#include "platform/platform.h"
 #include "search/internal.h"
-#include "search/search_watch.h"
 
 constexpr i32 lazyMargin = 499;         // centipawns beyond the window at which no evaluation is made
 constexpr i32 wholeBoardMargin = 1000;  // more than any capture brings
 constexpr i32 captureMargin = 50;       // what a capture may bring beyond its exchange value
 constexpr i32 deltaTestMen = 4;         // with so few men of the side to move every capture counts
 constexpr i32 lastCheckLevel = -1;      // qDepth of the last level that tries quiet checks
-constexpr u32 clockPollMask = 1023;     // the clock is read once in 1024 nodes
-
-bool timeIsUp() {
-    if ((SearchInfo.nodes & clockPollMask) != 0) {
-        return false;
-    }
-    if (SearchWatch.clockRead != nullptr) {
-        SearchWatch.clockRead();
-    }
-    const i32 budget = TimeControl.allocatedTime;  // before the start: see setBudget
-    const i32 elapsed = elapsedMs(EngineOptions.searchStartMs) / 10;
-    if (elapsed <= TimeControl.moveTime && elapsed <= budget) {
-        return false;
-    }
-    EngineOptions.stopSearch = 1;
-    return true;
-}
-
-bool mustStop() {
-    return EngineOptions.stopSearch == 1 || timeIsUp();
-}
-
-bool drawnByRule(TBB checkers) {
-    return repetitionCount(*board) == 2 || board->rule50 > 100 || (board->rule50 == 100 && checkers == 0);
-}
 
 static i16 settle(i16 qDepth, i16 alpha, i16 beta, i16 mateScore, i16 tbMen, TBB checkers);
 

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "board/board.h"
-#include "search/ordering.h"
 #include "search/search_info.h"
 
 /// Searches the position at `board` at growing depth until the clock, stopSearch or maxDepth ends it, telling

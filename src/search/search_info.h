@@ -22,10 +22,3 @@ struct PvLine {
 
 /// The line of the root: argmove[0] is the best move, argmove[1] the expected reply. Written by rootSearch.
 extern PvLine gs_lineH;
-
-/// An entry of the root list.
-struct RootMove {
-    u32 move;
-    i32 tbRank;  // filled by the root probe: positive wins, smaller faster; negative loses; 0 draws
-    i32 score;   // centipawns, written by rootSearch
-};

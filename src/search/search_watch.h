@@ -1,7 +1,7 @@
 // Who looks on while a search runs: nobody in the engine, another front end otherwise. No include but the root list's.
 #pragma once
 
-#include "search/ordering.h"
+#include "search/root_list.h"
 
 /// Called on the searching thread; null where nobody wants to know. Set while no search runs.
 struct SearchWatchRecord {

@@ -110,15 +110,6 @@ struct dtzEntry {
     const u8* valueMap;           // what valueMapStart counts from
 };
 
-struct dtzCacheRecord {
-    u64 key1;
-    u64 key2;
-    dtzEntry* entry;  // null if the table could not be loaded
-};
-
-/// The DTZ tables in use, the latest first. No lock: only the thread that owns `board` probes them.
-extern std::array<dtzCacheRecord, 64> dtzCache;
-
 // ---- registry -------------------------------------------------------------------------------------------------
 
 constexpr i32 TBMAX_PIECE = 254;
@@ -188,9 +179,10 @@ u64 computeFactorsPawn(const TableMaterial& material, TableSide& side, i32 pivot
 [[nodiscard]] i32 loadTableWdl(tbEntry& entry, const char* name);
 void unloadTableWdl(tbEntry& entry);
 
-/// Maps and sets up the DTZ table into the first place of dtzCache, likewise.
-void loadTableDtz(const char* name, u64 key1, u64 key2);
-void unloadTableDtz(dtzCacheRecord& record);
+/// Maps and sets up the DTZ table of that material, likewise; null if it is corrupted or there is no memory.
+[[nodiscard]] dtzEntry* openTableDtz(const TableMaterial& material, const char* name);
+/// Gives its memory and mapping back.
+void closeTableDtz(dtzEntry* entry);
 
 /// Set up a table whose material and data are there. False if the data is damaged: what has been set up until then
 /// is for the unload functions.
@@ -202,6 +194,26 @@ void fillStreamHeads(streamData& d);
 
 /// Value of a stream at `idx`, which is below its tbSize; -1 if the file is damaged.
 [[nodiscard]] i32 decodeStream(const streamData& d, u64 idx);
+
+// ---- distance tables in use -----------------------------------------------------------------------------------
+
+struct dtzCacheRecord {
+    u64 key1;
+    u64 key2;
+    dtzEntry* entry;  // null if the table could not be loaded
+};
+
+/// The DTZ tables in use, the latest first. No lock: only the thread that owns `board` probes them.
+extern std::array<dtzCacheRecord, 64> dtzCache;
+
+/// The table of the material of `key`, which is that of the position at `board`, loaded if need be; null without one.
+[[nodiscard]] const dtzEntry* dtzEntryOf(u64 key);
+
+/// Loads the DTZ table into the first place of dtzCache, over what stood there.
+void loadTableDtz(const char* name, u64 key1, u64 key2);
+/// Empties one place, or all.
+void unloadTableDtz(dtzCacheRecord& record);
+void clearDtzCache();
 
 // ---- the stored values of a table -----------------------------------------------------------------------------
 

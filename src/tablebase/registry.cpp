@@ -345,9 +345,7 @@ static void clearRegistry() {
     for (i32 i = 0; i < tbPawnCount; ++i) {
         unloadTableWdl(tbPawn[i].head);
     }
-    for (dtzCacheRecord& record : dtzCache) {
-        unloadTableDtz(record);
-    }
+    clearDtzCache();
     tbPieceCount = 0;
     tbPawnCount = 0;
     tbHash.fill(tbHashBucket{});

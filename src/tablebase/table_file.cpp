@@ -21,8 +21,6 @@ constexpr i32 spanMax = 255;
 constexpr i32 noPawnOrder = 15;
 constexpr u8 black = 8;  // added to a piece code
 
-constinit std::array<dtzCacheRecord, 64> dtzCache{};
-
 // ---- reading within bounds ------------------------------------------------------------------------------------
 
 namespace {
@@ -485,33 +483,25 @@ bool setUpTableDtz(dtzEntry& entry) {
     return layTables(file, list);
 }
 
-void unloadTableDtz(dtzCacheRecord& record) {
-    if (record.entry != nullptr) {
-        for (DtzFile& group : record.entry->file) {
-            freeStream(group.side.stream);
-        }
-        unmapFile(record.entry->data);
-        delete record.entry;
+void closeTableDtz(dtzEntry* entry) {
+    for (DtzFile& group : entry->file) {
+        freeStream(group.side.stream);
     }
-    record = dtzCacheRecord{};
+    unmapFile(entry->data);
+    delete entry;
 }
 
-void loadTableDtz(const char* name, u64 key1, u64 key2) {
-    dtzCacheRecord& record = dtzCache[0];
-    record = dtzCacheRecord{key1, key2, nullptr};
-    const tbEntry* wdlEntry = lookupTable(key1);
-    if (wdlEntry == nullptr) {
-        return;
+dtzEntry* openTableDtz(const TableMaterial& material, const char* name) {
+    auto* entry = new (std::nothrow) dtzEntry{};
+    if (entry == nullptr) {
+        return nullptr;
     }
-    record.entry = new (std::nothrow) dtzEntry{};
-    if (record.entry == nullptr) {
-        return;
-    }
-    record.entry->material = wdlEntry->material;
-    record.entry->data = mapTable(tbPathDtz, name, "rtbz");
-    if (!setUpTableDtz(*record.entry)) {
+    entry->material = material;
+    entry->data = mapTable(tbPathDtz, name, "rtbz");
+    if (!setUpTableDtz(*entry)) {
         print("Corrupted table.\n");
-        unloadTableDtz(record);
-        record = dtzCacheRecord{key1, key2, nullptr};
+        closeTableDtz(entry);
+        return nullptr;
     }
+    return entry;
 }

@@ -166,30 +166,6 @@ i32 probeWdlTable(i32& success) {
 
 // ---- DTZ ------------------------------------------------------------------------------------------------------
 
-// Brings the material's record to the front of dtzCache, loading the table if need be. False if none is registered.
-static bool dtzToFront(u64 key) {
-    if (dtzCache[0].key1 == key || dtzCache[0].key2 == key) {
-        return true;
-    }
-    const auto found = std::find_if(dtzCache.begin() + 1, dtzCache.end(),
-                                    [key](const dtzCacheRecord& record) { return record.key1 == key; });
-    if (found != dtzCache.end()) {
-        std::rotate(dtzCache.begin(), found, found + 1);
-        return true;
-    }
-    const tbEntry* entry = lookupTable(key);
-    if (entry == nullptr) {
-        return false;
-    }
-    const i32 swapColours = key != entry->material.key ? 1 : 0;
-    char name[tableNameSize];
-    tableNameOfPosition(name, swapColours);
-    unloadTableDtz(dtzCache.back());
-    std::rotate(dtzCache.begin(), dtzCache.end() - 1, dtzCache.end());
-    loadTableDtz(name, materialKeyOfPosition(swapColours), materialKeyOfPosition(1 - swapColours));
-    return true;
-}
-
 static bool storesOtherSide(const dtzEntry& entry, const DtzFile& group, const ProbeFrame& frame) {
     // a symmetric table without pawns serves both sides
     return (entry.material.symmetric == 0 || entry.material.hasPawns != 0) &&
@@ -212,7 +188,7 @@ static i32 dtzOfStored(const dtzEntry& entry, const DtzFile& group, i32 wdl, i32
 
 i32 probeDtzTable(i32 wdl, i32& success) {
     const u64 key = materialKeyOfPosition(0);
-    const dtzEntry* entry = dtzToFront(key) ? dtzCache[0].entry : nullptr;
+    const dtzEntry* entry = dtzEntryOf(key);
     if (entry == nullptr) {
         success = 0;
         return 0;

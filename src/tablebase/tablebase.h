@@ -2,7 +2,7 @@
 #pragma once
 
 #include "board/board.h"
-#include "search/ordering.h"
+#include "search/root_list.h"
 
 /// Most men of a position that is probed. Tables hold one less, to which a capture may lead.
 constexpr i32 probeMenMax = 7;

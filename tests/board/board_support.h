@@ -4,7 +4,8 @@
 #include "board/board.h"
 #include "eval/psq.h"
 #include "frontend/frontend.h"
-#include "search/ordering.h"
+#include "frontend/session.h"
+#include "search/search_info.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,5 +1,6 @@
 // Reading positions, and the text of moves and of the board.
 #include "board_support.h"
+#include "frontend/session.h"
 
 TEST(Fen, ReadsTheStartPosition) {
     newGame();
@@ -12,18 +13,6 @@ TEST(Fen, ReadsTheStartPosition) {
     ASSERT_EQ(fenToBoard("rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1"), 1);
     EXPECT_TRUE(sameRecord(*board, start));
     EXPECT_EQ(board->psqScore, 0);
-}
-
-TEST(Fen, NewGameLeavesTheScoreOfTheRecord) {
-    newGame();
-    ASSERT_EQ(fenToBoard("4k3/8/8/8/8/8/8/QQQQK3 w - - 0 1"), 1);
-    const i16 score = board->psqScore;
-    ASSERT_NE(score, 0);
-    TimeControl.moveNumber = 12;
-    newGame();
-    EXPECT_EQ(board->psqScore, score) << "deliberate";
-    EXPECT_EQ(TimeControl.moveNumber, 0);
-    board->psqScore = 0;
 }
 
 struct FenCase {

@@ -1,5 +1,7 @@
 // The generators' rules one by one; the lists as a whole are in golden_test.cpp.
 #include "board_support.h"
+#include "frontend/session.h"
+#include "search/ordering.h"
 
 #include <algorithm>
 

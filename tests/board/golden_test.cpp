@@ -1,5 +1,6 @@
 // Generators, exchange values and user moves against the golden lists, line by line.
 #include "board_support.h"
+#include "search/ordering.h"
 
 #include <cstdarg>
 

@@ -1,7 +1,8 @@
 // What is said of a move before it is made must agree with what is found after it.
 #include "board/node_checks.h"
 
-#include "search/ordering.h"
+#include "board/board.h"
+#include "frontend/session.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,6 @@
 // Exchange values.
 #include "board_support.h"
+#include "frontend/session.h"
 
 struct SeeCase {
     const char* name;

@@ -2,6 +2,7 @@
 #include "board/tables.h"
 
 #include "board_support.h"
+#include "hash/random64.h"
 
 #include <set>
 

@@ -1,5 +1,6 @@
 // Moves that come as text.
 #include "board_support.h"
+#include "frontend/session.h"
 
 static const char* startFen = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1";
 

@@ -3,6 +3,7 @@
 #include "book/book.h"
 #include "book_files.h"
 #include "frontend/frontend.h"
+#include "frontend/session.h"
 #include "support/temp_directory.h"
 
 #include <gmock/gmock.h>

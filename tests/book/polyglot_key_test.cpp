@@ -2,6 +2,8 @@
 #include "board/board.h"
 #include "board/tables.h"
 #include "book/book.h"
+#include "frontend/session.h"
+#include "hash/random64.h"
 
 #include <gtest/gtest.h>
 

@@ -5,6 +5,7 @@
 #include "eval/eval.h"
 #include "eval/internal.h"
 #include "frontend/frontend.h"
+#include "frontend/session.h"
 #include "hash/hash.h"
 
 #include <gtest/gtest.h>

@@ -1,9 +1,10 @@
 // Positions by chance, the same in every run: from random games, and by throwing men on a board.
 #pragma once
 
+#include "board/board.h"
 #include "board/tables.h"
 #include "eval_support.h"
-#include "search/ordering.h"
+#include "frontend/session.h"
 
 #include <array>
 

@@ -4,6 +4,7 @@
 #include "board/board.h"
 #include "frontend/config.h"
 #include "frontend/frontend.h"
+#include "frontend/session.h"
 #include "platform/print.h"
 
 #include <gtest/gtest.h>

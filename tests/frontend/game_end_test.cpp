@@ -1,5 +1,6 @@
 // Results: which positions end the game, and with which lines.
 #include "frontend/game_end.h"
+#include "frontend/session.h"
 #include "frontend_support.h"
 
 struct EndCase {

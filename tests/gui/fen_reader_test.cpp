@@ -1,6 +1,7 @@
 #include "fen_reader.h"
 
 #include "board/board.h"
+#include "frontend/session.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,9 @@
 #include "board/board.h"
 #include "board/tables.h"
 #include "frontend/frontend.h"
+#include "frontend/session.h"
 #include "hash/hash.h"
+#include "hash/random64.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,6 @@
 // The transposition table: what a probe returns, what a store replaces, and that a clear leaves nothing.
 #include "board/board.h"
+#include "frontend/session.h"
 #include "hash/hash.h"
 
 #include <gmock/gmock.h>

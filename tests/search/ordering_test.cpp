@@ -2,6 +2,7 @@
 // and its sorts.
 #include "search/ordering.h"
 
+#include "frontend/session.h"
 #include "search/search_fixture.h"
 
 #include <gmock/gmock.h>

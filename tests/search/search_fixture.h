@@ -3,6 +3,7 @@
 
 #include "board/board.h"
 #include "frontend/frontend.h"
+#include "frontend/session.h"
 #include "hash/hash.h"
 #include "platform/platform.h"
 #include "search/ordering.h"

@@ -1,12 +1,12 @@
 // The engine plays positions of four men, its search filtered at the root by the tables, against the best defence that
 // the tables know: won ones are won within the fifty-move rule, drawn ones are held. TARVELMON_PLAYOUTS sets how many,
 // TARVELMON_PLAYOUT_DEPTH how deep the search goes.
+#include "board/board.h"
 #include "frontend/frontend.h"
 #include "hash/hash.h"
 #include "plain_rules.h"
 #include "platform/platform.h"
 #include "real_tables.h"
-#include "search/ordering.h"
 #include "search/search.h"
 #include "table_names.h"
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "board/board.h"
+#include "frontend/session.h"
 #include "tablebase/tablebase.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,5 @@
 // The harness that checks probes against a file of known answers.
+#include "frontend/session.h"
 #include "real_tables.h"
 #include "table_folder.h"
 

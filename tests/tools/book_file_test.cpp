@@ -5,6 +5,7 @@
 #include "board/tables.h"
 #include "book/book.h"
 #include "book_check.h"
+#include "frontend/session.h"
 #include "support/temp_directory.h"
 #include "text_file.h"
 

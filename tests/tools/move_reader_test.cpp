@@ -3,6 +3,7 @@
 
 #include "board/board.h"
 #include "book/book.h"
+#include "frontend/session.h"
 
 #include <gtest/gtest.h>
 

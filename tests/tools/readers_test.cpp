@@ -2,6 +2,7 @@
 #include "board/board.h"
 #include "book/book.h"
 #include "book_builder.h"
+#include "frontend/session.h"
 #include "line_reader.h"
 #include "move_reader.h"
 #include "pgn_reader.h"

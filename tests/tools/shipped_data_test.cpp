@@ -5,6 +5,7 @@
 #include "book_check.h"
 #include "frontend/config.h"
 #include "frontend/frontend.h"
+#include "frontend/session.h"
 #include "line_reader.h"
 #include "support/temp_directory.h"
 #include "text_file.h"

@@ -1,9 +1,11 @@
 // Examines a book: its form by its records alone, the legality of its moves by meeting its positions.
 #include "book_check.h"
 
+#include "board/board.h"
 #include "board/tables.h"
 #include "book/book.h"
-#include "search/ordering.h"
+#include "frontend/session.h"
+#include "hash/random64.h"
 
 #include <algorithm>
 #include <cinttypes>

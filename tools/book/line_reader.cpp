@@ -1,6 +1,7 @@
 // Reads opening lines, a line of the file at a time.
 #include "line_reader.h"
 
+#include "frontend/session.h"
 #include "move_reader.h"
 
 #include <algorithm>

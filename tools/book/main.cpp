@@ -5,6 +5,7 @@
 #include "book_builder.h"
 #include "book_check.h"
 #include "book_file.h"
+#include "frontend/session.h"
 #include "line_reader.h"
 #include "move_reader.h"
 #include "pgn_reader.h"

@@ -1,8 +1,8 @@
 // Reads moves in short notation by comparing what the text says with each legal move; nothing else decides legality.
 #include "move_reader.h"
 
+#include "board/board.h"
 #include "book/book_record.h"
-#include "search/ordering.h"
 
 // What a text demands of a move; -1 where it says nothing.
 struct MovePattern {

@@ -1,6 +1,7 @@
 // Reads PGN: splits the text into tags, moves and what is passed over, and plays the moves.
 #include "pgn_reader.h"
 
+#include "frontend/session.h"
 #include "move_reader.h"
 
 #include <algorithm>

@@ -1,0 +1,32 @@
+// What ends a node before its moves are looked at: the clock, a stop from outside, a draw by the rules.
+#include "board/board.h"
+#include "frontend/frontend.h"
+#include "platform/platform.h"
+#include "search/internal.h"
+#include "search/search_watch.h"
+
+constexpr u32 clockPollMask = 1023;  // the clock is read once in 1024 nodes
+
+bool timeIsUp() {
+    if ((SearchInfo.nodes & clockPollMask) != 0) {
+        return false;
+    }
+    if (SearchWatch.clockRead != nullptr) {
+        SearchWatch.clockRead();
+    }
+    const i32 budget = TimeControl.allocatedTime;  // before the start: see setBudget
+    const i32 elapsed = elapsedMs(EngineOptions.searchStartMs) / 10;
+    if (elapsed <= TimeControl.moveTime && elapsed <= budget) {
+        return false;
+    }
+    EngineOptions.stopSearch = 1;
+    return true;
+}
+
+bool mustStop() {
+    return EngineOptions.stopSearch == 1 || timeIsUp();
+}
+
+bool drawnByRule(TBB checkers) {
+    return repetitionCount(*board) == 2 || board->rule50 > 100 || (board->rule50 == 100 && checkers == 0);
+}
