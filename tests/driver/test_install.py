@@ -28,9 +28,9 @@ class Installed(unittest.TestCase):
         self.folder = os.path.join(self.home, ".local", "share", "tarvelmon")
         self.share = os.path.join(self.prefix, "share", "tarvelmon")
 
-    def start(self, text, **environment):
-        """Output of the installed script for an input; it must end with status 0 and an empty error output."""
-        done = subprocess.run([os.path.join(self.prefix, "bin", "tarvelmon")], input=text, text=True, timeout=120,
+    def start(self, text, program="tarvelmon", cwd=None, **environment):
+        """Output of an installed script for an input; it must end with status 0 and an empty error output."""
+        done = subprocess.run([os.path.join(self.prefix, "bin", program)], input=text, text=True, timeout=120, cwd=cwd,
                               capture_output=True, env={"PATH": os.environ["PATH"], "HOME": self.home, **environment})
         self.assertEqual((done.returncode, done.stderr), (0, ""))
         return done.stdout
@@ -52,6 +52,18 @@ class Installed(unittest.TestCase):
 
     def test_a_home_that_cannot_be_written_does_not_matter(self):
         self.assertIn("(move from book)\n", self.start("xboard\nnew\ngo\nquit\n", TARVELMON_HOME="/dev/null/nowhere"))
+
+    def test_the_companion_plays_with_the_same_settings_and_book(self):
+        said = self.start("uci\nposition startpos\ngo movetime 10\nquit\n", "tarvelmon-gui")
+        self.assertIn("option name Hash type spin default 128 ", said)
+        self.assertIn("info string move from book\n", said)
+        self.assertEqual(sorted(os.listdir(self.folder)), ["book.bin", "syzygy", "tarvelmon.ini"])
+
+    def test_the_companion_prefers_settings_where_it_is_started(self):
+        with open(os.path.join(self.home, "tarvelmon.ini"), "w") as file:
+            file.write("[ENGINE]\nHashSize=5\n")
+        said = self.start("uci\nquit\n", "tarvelmon-gui", cwd=self.home)
+        self.assertIn("option name Hash type spin default 5 ", said)
 
     def test_engine_starts_through_a_link(self):
         link = os.path.join(self.home, "engine")
