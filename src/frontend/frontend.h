@@ -46,13 +46,13 @@ constexpr u8 noEngineSide = 'c';
 struct TimeControlRecord {
     i32 suddenDeath;  // base divisor
     i32 maxTime;
-    i32 moreTime;                // divisor, less when ahead on the clock
-    i32 lessTime;                // divisor, more when behind
-    i32 fastGame;                // divisor, more when short of time
-    i32 fastOpening;             // divisor, more in the opening
-    i32 moveNumber;              // engine moves so far
-    Relaxed<i32> moveTime;       // hard bound of a think
-    Relaxed<i32> allocatedTime;  // budget of a think
+    i32 moreTime;                  // divisor, less when ahead on the clock
+    i32 lessTime;                  // divisor, more when behind
+    i32 fastGame;                  // divisor, more when short of time
+    i32 fastOpening;               // divisor, more in the opening
+    i32 moveNumber;                // engine moves so far
+    Relaxed<i32> moveTime;         // hard bound of a think
+    Published<i32> allocatedTime;  // budget of a think; written after its searchStartMs and read before it
     i32 movesPerSession;
     Relaxed<i32> engineClock;
     Relaxed<i32> opponentClock;

@@ -60,8 +60,8 @@ static void setBudget() {
     }
     const i32 budget = budgetOf(engineClock, divisor);
     thinkingSink.budget(TimeControl.moveNumber, divisor, budget);
-    // The start first, and a running search reads the budget first: so it never holds the time since the old start
-    // against the new budget, which would end it at once.
+    // In this order: a running search that reads the new budget then sees the new start too, and never holds the time
+    // since the old start against it, which would end it at once.
     EngineOptions.searchStartMs = nowMs();
     TimeControl.allocatedTime = budget;
 }

@@ -1,25 +1,32 @@
-// A field that one thread writes while another reads.
+// Fields that one thread writes while another reads. They read and write like plain fields; each access is one
+// ordinary load or store, without a data race.
 #pragma once
 
 #include <atomic>
 
-/// Reads and writes like the plain field; each access is one ordinary load or store, without a data race.
-/// It orders nothing else: ordering comes from thread start and join.
-template <typename T>
-struct Relaxed {
+template <typename T, std::memory_order LoadOrder, std::memory_order StoreOrder>
+struct SharedField {
     std::atomic<T> cell{};
 
-    constexpr Relaxed() = default;
-    constexpr Relaxed(T value) : cell(value) {}
-    Relaxed(const Relaxed& other) : cell(other.load()) {}
-    Relaxed& operator=(const Relaxed& other) {
-        cell.store(other.load(), std::memory_order_relaxed);
+    constexpr SharedField() = default;
+    constexpr SharedField(T value) : cell(value) {}
+    SharedField(const SharedField& other) : cell(other.load()) {}
+    SharedField& operator=(const SharedField& other) {
+        *this = other.load();
         return *this;
     }
     T operator=(T value) {
-        cell.store(value, std::memory_order_relaxed);
+        cell.store(value, StoreOrder);
         return value;
     }
-    [[nodiscard]] T load() const { return cell.load(std::memory_order_relaxed); }
+    [[nodiscard]] T load() const { return cell.load(LoadOrder); }
     operator T() const { return load(); }
 };
+
+/// A field that stands for itself. It orders nothing else: ordering comes from thread start and join.
+template <typename T>
+using Relaxed = SharedField<T, std::memory_order_relaxed, std::memory_order_relaxed>;
+
+/// A field that speaks for others: who reads a value sees all that its writer wrote before it.
+template <typename T>
+using Published = SharedField<T, std::memory_order_acquire, std::memory_order_release>;

@@ -14,7 +14,7 @@ bool timeIsUp() {
     if (SearchWatch.clockRead != nullptr) {
         SearchWatch.clockRead();
     }
-    const i32 budget = TimeControl.allocatedTime;  // before the start: see setBudget
+    const i32 budget = TimeControl.allocatedTime;  // read first, then its start: see setBudget
     const i32 elapsed = elapsedMs(EngineOptions.searchStartMs) / 10;
     if (elapsed <= TimeControl.moveTime && elapsed <= budget) {
         return false;

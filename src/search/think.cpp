@@ -68,7 +68,7 @@ static bool windowIsOpen(const Deepening& state) {
 // More than half of the budget is spent, so the next depth would hardly end in time. Deliberate: not while the window
 // is open, as after a failed iteration, nor when the budget has been passed.
 static bool nextDepthIsTooLong(const Deepening& state) {
-    const i32 budget = TimeControl.allocatedTime;  // before the start: see setBudget
+    const i32 budget = TimeControl.allocatedTime;  // read first, then its start: see setBudget
     const i32 elapsed = elapsedMs(EngineOptions.searchStartMs) / 10;
     return elapsed > firstSecond && budget / elapsed == 1 && !windowIsOpen(state);
 }

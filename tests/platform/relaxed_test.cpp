@@ -33,3 +33,19 @@ TEST(Relaxed, ThreadsMayWriteAndReadAtOnce) {
     }
     writer.join();
 }
+
+// The plain field is a data race unless the published one orders it; the thread sanitizer tells.
+TEST(Published, AReaderInAnotherThreadSeesWhatWasWrittenBefore) {
+    i32 start = 0;
+    Published<i32> budget;
+    std::thread writer([&] {
+        start = 5;
+        budget = 7;
+    });
+    while (budget == 0) {
+        std::this_thread::yield();
+    }
+    EXPECT_EQ(budget, 7);
+    EXPECT_EQ(start, 5);
+    writer.join();
+}
