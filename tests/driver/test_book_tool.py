@@ -25,8 +25,8 @@ class BookToolTest(unittest.TestCase):
             file.write(text)
         return self.path(name)
 
-    def run_tool(self, *arguments, status=0):
-        done = subprocess.run([os.path.abspath(TOOL), *arguments], cwd=self.folder, stdin=subprocess.DEVNULL,
+    def run_tool(self, *arguments, status=0, limits=()):
+        done = subprocess.run([*limits, os.path.abspath(TOOL), *arguments], cwd=self.folder, stdin=subprocess.DEVNULL,
                               stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, timeout=PATIENCE, check=False)
         self.assertEqual(done.returncode, status, done.stdout + done.stderr)
         self.errors = done.stderr
@@ -94,6 +94,26 @@ class BookToolTest(unittest.TestCase):
             with self.subTest(command):
                 self.run_tool(*command, status=1)
                 self.assertRegex(self.errors, r"^none\....: No such file or directory\n$")
+
+    @unittest.skipIf(os.environ.get("TARVELMON_SANITIZE"), "the sanitizer takes more memory than the limit")
+    def test_short_memory_is_said(self):
+        with open(self.path("large.bin"), "wb") as file:
+            file.truncate(1500 << 20)
+        for command in (("check", "large.bin"), ("show", "large.bin"), ("merge", "-o", "x", "large.bin", "large.bin"),
+                        ("build", "-o", "x", "large.bin")):
+            with self.subTest(command):
+                self.run_tool(*command, status=1, limits=("prlimit", "--as=%d" % (1500000 << 10)))
+                self.assertEqual(self.errors, "tarvelmon-book: there is not enough memory\n")
+
+    def test_a_folder_cannot_be_replaced_by_a_book(self):
+        os.mkdir(self.path("folder"))
+        self.write("lines.txt", "e4 e5\n")
+        for name in ("folder", "folder/"):
+            with self.subTest(name):
+                self.run_tool("build", "-o", name, "lines.txt", status=1)
+                self.assertRegex(self.errors, "^%s: (Is|Not) a directory\n$" % name)
+        self.assertEqual(sorted(os.listdir(self.path(""))), ["folder", "lines.txt"])
+        self.assertEqual(os.listdir(self.path("folder")), [])
 
     def test_wrong_arguments_are_said(self):
         for arguments in ((), ("sing",), ("build",), ("build", "-o"), ("build", "-o", "x"), ("build", "x"),

@@ -15,6 +15,7 @@
 #include <charconv>
 #include <cinttypes>
 #include <cstdio>
+#include <new>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -268,10 +269,7 @@ static i32 runShow(const Arguments& arguments) {
     return success;
 }
 
-i32 main(i32 argc, char** argv) {
-    initBoardTables();
-    const std::string command = argc > 1 ? argv[1] : "";
-    const Arguments arguments(argv + std::min(argc, 2), argv + argc);
+static i32 run(const std::string& command, const Arguments& arguments) {
     if (command == "build") {
         return runBuild(arguments);
     }
@@ -289,4 +287,15 @@ i32 main(i32 argc, char** argv) {
         return success;
     }
     return sayUsage(command.empty() ? "a command is missing" : "there is no such command");
+}
+
+i32 main(i32 argc, char** argv) {
+    initBoardTables();
+    try {
+        return run(argc > 1 ? argv[1] : "", Arguments(argv + std::min(argc, 2), argv + argc));
+    } catch (const std::bad_alloc&) {
+        // A book is held in memory whole.
+        std::fputs("tarvelmon-book: there is not enough memory\n", stderr);
+        return failure;
+    }
 }

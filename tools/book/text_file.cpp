@@ -50,12 +50,16 @@ static bool writeNewFile(const std::string& fileName, std::string_view bytes) {
 
 bool writeFile(const std::string& fileName, std::string_view bytes) {
     const std::string newName = fileName + ".new";
-    if (!writeNewFile(newName, bytes)) {
-        return sayFileFault(newName, std::strerror(errno));
-    }
     std::error_code error;
-    std::filesystem::rename(newName, fileName, error);
-    return !error || sayFileFault(fileName, error.message().c_str());
+    if (!writeNewFile(newName, bytes)) {
+        sayFileFault(newName, std::strerror(errno));
+    } else if (std::filesystem::rename(newName, fileName, error); error) {
+        sayFileFault(fileName, error.message().c_str());
+    } else {
+        return true;
+    }
+    std::filesystem::remove(newName, error);
+    return false;
 }
 
 void reportFault(FaultLog& log, const std::string& fileName, u64 line, std::string_view text,
