@@ -2,6 +2,7 @@
 the process at once, with words that say why; the others are left out, and the game goes on."""
 
 import os
+import re
 import tempfile
 import time
 import unittest
@@ -179,6 +180,52 @@ class TablesThatAreLeftOut(TablesTest):
                 engine = self.plays(folder, 0)
                 self.assertNotIn(CORRUPTED, engine.text)
                 self.assert_ends_well(engine)
+
+
+# FEN, then what the report says: DTZ, WDL, score, moves generated and kept. The values are plain chess: a mate in one,
+# the lost opposition, the opposition that one move alone holds, the same mate with three plies left by the rule.
+REPORTS = {
+    "7k/8/6K1/8/8/8/8/R7 w - - 0 1": (1, 2, 10000, 20, 20),
+    "5k2/8/4PK2/8/8/8/8/8 b - - 0 1": (-2, -2, -10000, 2, 2),
+    "8/8/3k4/8/3PK3/8/8/8 b - - 0 1": (0, 0, 0, 5, 1),
+    "7k/8/6K1/8/8/8/8/R7 w - - 97 1": (1, 2, 10000, 20, 1),
+    "8/8/8/8/3k4/8/8/KR6 w - - 90 1": (None, 2, 2, 15, 2),
+}
+
+
+class TablesThatAnswer(TablesTest):
+    def report(self, engine, fen):
+        """The report on a position: its head, and the listed moves with their ranks."""
+        engine.ask("setboard " + fen)
+        head, _, moves = engine.ask("w").partition("\n\n")
+        return head + "\n", re.findall(r"^Mossa: (\S+) +DTZ50: (-?\d+)$", moves, re.MULTILINE)
+
+    def test_the_console_reports_value_score_and_ranks(self):
+        engine = self.start(TABLES)
+        self.assertIn("Found 10 tablebases.\n", engine.console())
+        for fen, (dtz, wdl, score, generated, kept) in REPORTS.items():
+            with self.subTest(fen):
+                head, moves = self.report(engine, fen)
+                found = re.search(r"^DTZ: +(\d+)$", head, re.MULTILINE)
+                self.assertEqual(head, "- Syzygy WDL probe test -\n"
+                                       "probe ok:       1  (1=true, 0=false)\n"
+                                       "DTZ:            %d\n"
+                                       "WDL:            %d\n"
+                                       "TBScore:        %d\n"
+                                       "mosse generate: %d\n"
+                                       "mosse filtrate: %d\n" % (
+                                           int(found[1]) if dtz is None else dtz, wdl, score, generated, kept))
+                self.assertEqual(len(moves), kept)
+                self.assertLessEqual({move for move, _ in moves}, set(Position(fen).legal_moves()))
+                ranks = [int(rank) for _, rank in moves]
+                self.assertEqual(ranks, sorted(ranks))
+        self.assertEqual(engine.quit(), 0)
+
+    def test_the_listed_moves_are_the_right_ones(self):
+        engine = self.start(TABLES)
+        engine.console()
+        self.assertEqual(self.report(engine, "7k/8/6K1/8/8/8/8/R7 w - - 0 1")[1][0], ("a1a8", "1"))
+        self.assertEqual(self.report(engine, "8/8/3k4/8/3PK3/8/8/8 b - - 0 1")[1], [("d6e6", "0")])
 
 
 if __name__ == "__main__":

@@ -3,9 +3,7 @@
 
 #include "search/internal.h"
 #include "search/search_fixture.h"
-#include "tablebase/tablebase.h"
 
-#include <cstdlib>
 #include <sstream>
 #include <vector>
 
@@ -333,41 +331,6 @@ TEST(Think, WithoutALegalMoveTheDeepestLimitEndsToo) {
     EngineOptions.maxDepth = 2147483647;
     EngineOptions.minDepth = 32700;
     EXPECT_EQ(thinkHere().lines.size(), 68U);
-}
-
-// ---- tablebases at the root -----------------------------------------------------------------------------------
-
-void registerTables(const char* path) {
-    testing::internal::CaptureStdout();
-    tbInit(path);
-    testing::internal::GetCapturedStdout();
-}
-
-TEST(Think, AWonRootIsShownAsSuchAndSearchedWithoutFurtherProbes) {
-    const char* const path = std::getenv("TARVELMON_SYZYGY_PATH");
-    if (path == nullptr) {
-        GTEST_SKIP() << "TARVELMON_SYZYGY_PATH names no tables";
-    }
-    registerTables(path);
-    setUpFreshState("8/8/8/8/3k4/8/8/KR6 w - - 0 1");
-    EngineOptions.syzygy = 1;
-    EngineOptions.maxDepth = 4;
-    const Thought thought = thinkHere();
-    for (const std::string& line : thought.lines) {
-        EXPECT_GE(number(line, 1), TB_WIN) << line;
-    }
-    RootList list{};
-    i32 count = 0;
-    rootMoves(list, count);
-    i32 tbScore = 0;
-    i32 dtz = 0;
-    EXPECT_EQ(rootProbe(list, count, tbScore, dtz), 1);
-    bool kept = false;
-    for (i32 i = 0; i < count; ++i) {
-        kept |= list[i].move == thought.move;
-    }
-    EXPECT_TRUE(kept) << "the move is one that keeps the win";
-    registerTables("no such folder");
 }
 
 }  // namespace
