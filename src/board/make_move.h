@@ -177,8 +177,12 @@ inline constexpr std::array<u8, 64> cornerRights = [] {
     return static_cast<u8>(rights & ~lost);
 }
 
-// The men of a move that fits its position: the kind tells what moves, and only captures look at the target.
+// The men of a move that a generator has made for the position: the kind tells what moves, and only captures look at the
+// target. Castling alone asks for no king where it starts from: a right is enough.
 [[nodiscard]] inline MenOfMove menOfMove(const MoveParts& move) {
+    if (move.kind == CASTLE_SHORT || move.kind == CASTLE_LONG) {
+        return {pieceCode(*board, move.from), EMPTY};
+    }
     return {move.kind & 7, (move.kind & 8) != 0 ? pieceCode(*board, move.to) : i32{EMPTY}};
 }
 
