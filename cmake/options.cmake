@@ -16,12 +16,20 @@ endif()
 
 # x86-64-v2 is every x86 processor since about 2009. It makes the population count one instruction: without it the
 # standard library calls a function.
-if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64|amd64")
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64|amd64|i[3-6]86")
   check_cxx_compiler_flag(-march=x86-64-v2 TARVELMON_HAS_X86_64_V2)
   if(TARVELMON_HAS_X86_64_V2)
     target_compile_options(tarvelmon-options INTERFACE -march=x86-64-v2)
   endif()
+  # In 32 bits the old floating-point unit would round the budget of a move otherwise.
+  if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+    target_compile_options(tarvelmon-options INTERFACE -mfpmath=sse)
+    target_link_options(tarvelmon-options INTERFACE -march=x86-64-v2 -mfpmath=sse)
+  endif()
 endif()
+
+# Files beyond 2 GB, where that is not so by itself.
+target_compile_definitions(tarvelmon-options INTERFACE _FILE_OFFSET_BITS=64)
 
 # Position independent programs make addresses hard to guess.
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)

@@ -47,7 +47,7 @@ u64 hashFilled();
 
 constexpr i32 PAWN_HASH_MISS = 32002;
 
-struct hashPawn {
+struct alignas(8) hashPawn {
     u64 pawnKey;      // key of the placement, 0 in an empty slot
     TBB passedPawns;  // own passed pawns, frame of the pass
     i16 pawnScore;    // centipawns for the own side

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <limits>
 
 constexpr u64 defaultHashEntries = 268435456;     // 4096 MB
 constexpr u64 defaultPawnHashEntries = 11184810;  // 256 MB
@@ -23,13 +24,18 @@ constexpr RecordCount recordCount(u64 count) {
     return {count, ~u64{0} / count};
 }
 
-__extension__ using u128 = unsigned __int128;
-
 /// `key` modulo the number of records, exactly: the quotient by the reciprocal is right or one too small.
 [[nodiscard]] constexpr u64 slotIndex(u64 key, const RecordCount& records) {
-    const u64 quotient = static_cast<u64>(u128{key} * records.reciprocal >> 64);
+    const u64 quotient = highHalfOfProduct(key, records.reciprocal);
     const u64 remainder = key - quotient * records.count;
     return remainder < records.count ? remainder : remainder - records.count;
+}
+
+/// Bytes of so many records; 0, which no table can have, if the machine's addresses cannot count them.
+template <typename Record>
+constexpr std::size_t bytesOf(u64 records) {
+    constexpr u64 most = std::numeric_limits<std::size_t>::max() / sizeof(Record);
+    return records <= most ? static_cast<std::size_t>(records) * sizeof(Record) : 0;
 }
 
 /// Allocates what can be had of a table of which `wanted` records cannot: at most `most`, halved until it succeeds.

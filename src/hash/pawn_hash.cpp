@@ -7,8 +7,6 @@
 #include "platform/platform.h"
 #include "platform/print.h"
 
-#include <limits>
-
 // Serves where there is no memory for a table.
 static constinit hashPawn loneRecord{};
 
@@ -98,7 +96,7 @@ u64 pawnHashFilled() {
 // ---- memory ---------------------------------------------------------------------------------------------------
 
 static std::size_t tableBytes() {
-    return recordsHeld.count * sizeof(hashPawn);
+    return bytesOf<hashPawn>(recordsHeld.count);
 }
 
 static void freeTable() {
@@ -111,8 +109,7 @@ static void freeTable() {
 }
 
 static bool allocateTable(u64 entries) {
-    const bool countable = entries <= std::numeric_limits<std::size_t>::max() / sizeof(hashPawn);
-    const std::size_t bytes = countable ? entries * sizeof(hashPawn) : 0;
+    const std::size_t bytes = bytesOf<hashPawn>(entries);
     void* memory = allocatePages(bytes, bytes <= largePagesUpTo);
     if (memory == nullptr) {
         return false;

@@ -56,11 +56,11 @@ static void holdTable(ys_hash* table, u64* pages, u64 entries) {
 }
 
 static std::size_t tableBytes() {
-    return heldEntries * sizeof(ys_hash);
+    return bytesOf<ys_hash>(heldEntries);
 }
 
 static std::size_t pageWordBytes(u64 entries) {
-    return (entries / (pageRecords * pagesPerWord) + 1) * sizeof(u64);
+    return bytesOf<u64>(entries / (pageRecords * pagesPerWord) + 1);
 }
 
 static void freeTable() {
@@ -75,11 +75,7 @@ static void freeTable() {
 
 // True if both the table and its page bits could be had.
 static bool allocateTable(u64 entries) {
-    constexpr u64 entriesMax = SIZE_MAX / sizeof(ys_hash);
-    if (entries > entriesMax) {
-        return false;
-    }
-    const std::size_t bytes = entries * sizeof(ys_hash);
+    const std::size_t bytes = bytesOf<ys_hash>(entries);
     void* table = allocatePages(bytes, bytes <= largePagesUpTo);
     if (table == nullptr) {
         return false;
@@ -122,10 +118,11 @@ static void zeroStretchesOfGeneration() {
         return;
     }
     u8* const start = reinterpret_cast<u8*>(hashTable) + first;
+    const std::size_t length = static_cast<std::size_t>(last - first);
     if (bytes <= largePagesUpTo) {
-        std::memset(start, 0, last - first);  // giving it back would break up a large page
+        std::memset(start, 0, length);  // giving it back would break up a large page
     } else {
-        zeroPages(start, last - first);
+        zeroPages(start, length);
     }
 }
 

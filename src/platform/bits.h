@@ -46,6 +46,20 @@ constexpr i32 popLowest(TBB& set) {
     return __builtin_bswap64(word);
 }
 
+/// The high 64 bits of the product of two words.
+[[nodiscard]] constexpr u64 highHalfOfProduct(u64 a, u64 b) {
+#ifdef __SIZEOF_INT128__
+    __extension__ using u128 = unsigned __int128;
+    return static_cast<u64>(u128{a} * b >> 64);
+#else
+    const u64 lowA = a & 0xFFFFFFFF;
+    const u64 lowB = b & 0xFFFFFFFF;
+    const u64 middle = (a >> 32) * lowB + (lowA * lowB >> 32);
+    const u64 otherMiddle = lowA * (b >> 32) + (middle & 0xFFFFFFFF);
+    return (a >> 32) * (b >> 32) + (middle >> 32) + (otherMiddle >> 32);
+#endif
+}
+
 /// The low 16 bits as a signed number: the one way scores are narrowed.
 [[nodiscard]] constexpr i16 wrap16(i32 value) {
     return static_cast<i16>(static_cast<u16>(static_cast<u32>(value)));

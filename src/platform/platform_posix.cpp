@@ -64,7 +64,11 @@ MapResult mapFile(const char* path, MappedFile& file) {
         return MapResult::cannotOpen;
     }
     const u64 size = static_cast<u64>(status.st_size);
-    void* memory = mmap(nullptr, size, PROT_READ, MAP_SHARED, descriptor, 0);
+    if (size > SIZE_MAX) {
+        close(descriptor);
+        return MapResult::cannotMap;
+    }
+    void* memory = mmap(nullptr, static_cast<std::size_t>(size), PROT_READ, MAP_SHARED, descriptor, 0);
     close(descriptor);
     if (memory == MAP_FAILED) {
         return MapResult::cannotMap;
@@ -75,15 +79,14 @@ MapResult mapFile(const char* path, MappedFile& file) {
 
 void unmapFile(MappedFile& file) {
     if (file.data != nullptr) {
-        munmap(const_cast<u8*>(file.data), file.size);
+        munmap(const_cast<u8*>(file.data), static_cast<std::size_t>(file.size));
     }
     file = MappedFile{nullptr, 0};
 }
 
 // The system would promise more, and end the process when it is touched.
-static std::size_t machineMemory() {
-    return static_cast<std::size_t>(sysconf(_SC_PHYS_PAGES)) *
-           static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+static u64 machineMemory() {
+    return static_cast<u64>(sysconf(_SC_PHYS_PAGES)) * static_cast<u64>(sysconf(_SC_PAGESIZE));
 }
 
 void* allocatePages(std::size_t bytes, bool largePages) {

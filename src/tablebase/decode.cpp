@@ -120,7 +120,7 @@ static void skipBits(const streamData& d, BitStream& stream, i32 count) {
 static u32 findSymbol(const streamData& d, u32 block, i32& value) {
     BitStream stream = startOfBlock(d, block);
     for (;;) {
-        const StreamHead head = d.heads[stream.code >> (64 - headBits)];
+        const StreamHead head = d.heads[static_cast<u32>(stream.code >> (64 - headBits))];
         if (head.length != 0 && value >= head.values) {
             value -= head.values;
             skipBits(d, stream, head.length);

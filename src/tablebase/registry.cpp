@@ -163,7 +163,7 @@ TableMaterial materialOfName(const char* name) {
 }
 
 static tbHashBucket& bucketOf(u64 key) {
-    return tbHash[key >> 54];
+    return tbHash[static_cast<u32>(key >> 54)];
 }
 
 static void addToHash(u64 key, tbEntry& entry) {

@@ -196,7 +196,9 @@ TEST(Generation, CrowdedBoardsStayInsideTheLists) {
             for (i32 file = 0; file < 8; ++file) {
                 state = state * 6364136223846793005ULL + 1442695040888963407ULL;
                 const u64 draw = state >> 33;
-                fen += draw % 100 < static_cast<u64>(trial % 100) ? men[draw / 100 % men.size()] : '1';
+                fen += draw % 100 < static_cast<u64>(trial % 100)
+                           ? men[static_cast<std::size_t>(draw / 100 % men.size())]
+                           : '1';
             }
             fen += rank < 7 ? "/" : " w KQkq e6 0 1";
         }

@@ -36,3 +36,24 @@ TEST(ByteSwap, MirrorsEverySquare) {
         EXPECT_EQ(byteSwap(squareBit(square)), squareBit(square ^ 56));
     }
 }
+
+struct ProductCase {
+    u64 a;
+    u64 b;
+    u64 highHalf;
+};
+constexpr ProductCase productCases[] = {
+    {0, ~u64{0}, 0},
+    {u64{1} << 32, u64{1} << 32, 1},
+    {~u64{0}, ~u64{0}, ~u64{0} - 1},
+    {~u64{0}, 2, 1},
+    {0xFFFFFFFF, 0xFFFFFFFF00000001, 0xFFFFFFFE},
+    {0x123456789ABCDEF0, 0xFEDCBA9876543210, 0x121FA00AD77D7422},
+};
+
+TEST(HighHalfOfProduct, CarriesIntoTheUpperWord) {
+    for (const ProductCase& c : productCases) {
+        EXPECT_EQ(highHalfOfProduct(c.a, c.b), c.highHalf) << c.a << " " << c.b;
+        EXPECT_EQ(highHalfOfProduct(c.b, c.a), c.highHalf) << c.b << " " << c.a;
+    }
+}

@@ -164,7 +164,8 @@ TEST(Decode, ReadsZerosBehindTheEndOfTheFile) {
         const u64 inFile = u64{8} << size;
         for (u64 idx = 0; idx < 2000; ++idx) {
             const bool isSet =
-                idx < inFile && (static_cast<u8>(stream.blocks[idx / 8]) >> (7 - idx % 8) & 1) != 0;
+                idx < inFile &&
+                (static_cast<u8>(stream.blocks[static_cast<std::size_t>(idx / 8)]) >> (7 - idx % 8) & 1) != 0;
             EXPECT_EQ(table.valueAt(idx), isSet ? 1 : 3) << idx;
         }
     }

@@ -141,7 +141,7 @@ Game playOut(bool engineMoves, i32 pliesMax, Reply reply) {
 std::string randomFourMen(std::mt19937_64& random) {
     std::vector<std::string> names = tableNames(4);
     std::erase_if(names, [](const std::string& name) { return name.size() != 5; });
-    const std::string name = names[random() % names.size()];
+    const std::string name = names[static_cast<std::size_t>(random() % names.size())];
     return plain::fenOf(
         plain::randomPosition(plain::menOfName(random() % 2 == 0 ? name : plain::swappedName(name)), random));
 }

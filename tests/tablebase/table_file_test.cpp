@@ -29,11 +29,11 @@ std::string load(const std::string& name, i32& loaded) {
 }
 
 // Values in runs of up to `runMax`, of `valueCount` kinds.
-std::vector<u8> randomValues(u64 count, i32 valueCount, u64 runMax, u32 seed) {
+std::vector<u8> randomValues(std::size_t count, i32 valueCount, std::size_t runMax, u32 seed) {
     std::mt19937 random(seed);
     std::vector<u8> values;
     while (values.size() < count) {
-        const u64 length = std::min<u64>(random() % runMax + 1, count - values.size());
+        const std::size_t length = std::min(random() % runMax + 1, count - values.size());
         values.insert(values.end(), length, static_cast<u8>(random() % static_cast<u32>(valueCount)));
     }
     return values;
@@ -47,7 +47,7 @@ void expectValues(const TableSide& side, const std::vector<u8>& values) {
     ASSERT_NE(side.stream, nullptr);
     ASSERT_EQ(side.tbSize, values.size());
     i64 wrong = 0;
-    for (u64 i = 0; i < values.size(); ++i) {
+    for (std::size_t i = 0; i < values.size(); ++i) {
         wrong += decodeStream(*side.stream, i) == values[i] ? 0 : 1;
     }
     EXPECT_EQ(wrong, 0);
@@ -58,7 +58,7 @@ std::string threeMenOrder(i32 man) {
     return orderOf({0, man, KING, 8 + KING});
 }
 
-constexpr u64 threeMenSize = 31332;
+constexpr std::size_t threeMenSize = 31332;
 
 FilePlan splitPlan(const StreamPlan& first, const StreamPlan& second) {
     return FilePlan{writer::wdlMagic, 1, {threeMenOrder(ROOK)}, {first, second}, {}};
@@ -73,7 +73,7 @@ namespace {
 struct StreamCase {
     const char* name;
     i32 valueCount;
-    u64 runMax;
+    std::size_t runMax;
     i32 blockSize;
     i32 indexBits;
     i32 pairDepth;
@@ -306,7 +306,7 @@ TEST_P(WrittenDtz, GivesTheDistancesOfTheRealTableForBothSides) {
     layout.pieces = {ROOK, KING, 8 + KING};
     setGroupsPiece(material, layout);
     layout.tbSize = computeFactorsPiece(material, layout, 0);
-    std::vector<u8> stored(layout.tbSize);
+    std::vector<u8> stored(static_cast<std::size_t>(layout.tbSize));
     std::vector<std::pair<std::string, i32>> expected;
     forEachPlacement([&](const Placement& p) {
         // every index has a placement with the man in this quarter; other squares are for the comparison
@@ -328,7 +328,8 @@ TEST_P(WrittenDtz, GivesTheDistancesOfTheRealTableForBothSides) {
             if (whiteMoves == c.whiteStored) {
                 TablePos pos{p.man, p.king, p.enemyKing};
                 const u8 number = storedOf(real.dtz, c.inPlies);
-                stored[indexPieces(material, layout, pos)] = static_cast<u8>(c.mapped ? 99 - number : number);
+                const u64 idx = indexPieces(material, layout, pos);
+                stored[static_cast<std::size_t>(idx)] = static_cast<u8>(c.mapped ? 99 - number : number);
             }
         }
     });

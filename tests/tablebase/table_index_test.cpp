@@ -203,14 +203,15 @@ void expectGroupDigitOneToOne(const Layout& layout, TablePos pos, i32 place, std
     const i32 size = layout.side.groupSize[place];
     const std::vector<i32> squares = squaresFor(layout, pos, place);
     const u64 ways = choose(static_cast<i32>(squares.size()), size);
-    std::vector<bool> seen(ways);
+    std::vector<bool> seen(static_cast<std::size_t>(ways));
     bool kept = true;
     TablePos rest = pos;
     forEachChoice(squares, size, [&](std::vector<i32> chosen) {
         std::shuffle(chosen.begin(), chosen.end(), random);
         std::copy(chosen.begin(), chosen.end(), rest.begin() + place);
         placeRest(layout, rest, place + size, random);
-        const u64 digit = indexOf(layout, rest) / layout.side.groupFactor[place] % ways;
+        const auto digit =
+            static_cast<std::size_t>(indexOf(layout, rest) / layout.side.groupFactor[place] % ways);
         kept = kept && !seen[digit];
         seen[digit] = true;
     });
