@@ -11,7 +11,7 @@
 #include "table_fuzz.h"
 #include "tables_in_use.h"
 
-#include <unistd.h>
+#include <sys/time.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -26,7 +26,7 @@ constexpr std::size_t positions = 200;
 constexpr std::size_t positionsOfTrial = 20;
 constexpr std::size_t positionsInUse = 2;  // of a trial, ranked and searched; more of the sound file
 constexpr std::size_t soundPositionsInUse = 8;
-constexpr unsigned secondsOfTrial = 30;
+constexpr int secondsOfTrial = 30;  // of processor time: the machine may be busy
 
 namespace {
 
@@ -135,6 +135,12 @@ static std::vector<RootValues> useFile(const TablesInUse& others, const Table& t
     return values;
 }
 
+// A signal ends the process if a trial takes longer.
+static void limitTime() {
+    const itimerval timer{{0, 0}, {secondsOfTrial, 0}};
+    setitimer(ITIMER_PROF, &timer, nullptr);
+}
+
 static std::string changed(std::string bytes, Random& random) {
     const std::size_t reach = below(random, 2) == 0 ? bytes.size() : std::min(bytes.size(), headerBytes);
     constexpr std::array<std::size_t, 6> counts = {1, 1, 1, 2, 3, 10};
@@ -191,7 +197,7 @@ int main(int argc, char** argv) {
     std::size_t accepted = 0;
     const auto attempt = [&](const char* damage, const std::string& bytes) {
         std::fprintf(stderr, "%s %zu\n", damage, tried);
-        alarm(secondsOfTrial);
+        limitTime();
         std::vector<i32> values;
         accepted += probeFile(table, bytes, tried * positionsOfTrial, positionsOfTrial, values) ? 1 : 0;
         useFile(others, table, bytes, tried * positionsInUse, positionsInUse);

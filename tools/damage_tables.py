@@ -6,8 +6,9 @@
 The program comes from fuzz/, best of a build with sanitizers. Every table of the folder is cut at --cuts places, has
 bytes changed in --changes copies, and bytes taken out or put in as often as it was cut; random positions are probed in
 each copy, ranked and searched with the copy among the sound tables, and probed in the sound file, whose values must
-stay. Nothing may crash, a copy may take 30 seconds, no single allocation under the address sanitizer and no process may
-have more than a gigabyte. Exit status 1 at the first finding, which is told with the command that repeats it.
+stay. Nothing may crash; a copy may take 30 seconds of processor time; no single allocation (under the address
+sanitizer) and no process may have more than a gigabyte. Exit status 1 at the first finding, which is told with the
+command that repeats it.
 
 Without a folder: the one named by TARVELMON_SYZYGY_PATH, or else the tables of the tests.
 """
@@ -60,7 +61,7 @@ def main():
     parser.add_argument("--cuts", type=int, default=64)
     parser.add_argument("--changes", type=int, default=1000)
     parser.add_argument("--seed", type=int, default=1)
-    parser.add_argument("--limit", type=float, default=600.0, help="seconds for one table")
+    parser.add_argument("--limit", type=float, default=3600.0, help="seconds for one table")
     parser.add_argument("--jobs", type=int, default=1)
     arguments = parser.parse_args()
     tables = sorted(path for path in pathlib.Path(arguments.folder).iterdir() if path.suffix in (".rtbw", ".rtbz"))
