@@ -21,8 +21,9 @@ constexpr u64 hashRecords = 4096;
 constexpr u64 pawnHashRecords = 1024;
 constexpr i32 noTime = -1;  // centiseconds
 constexpr i32 shallow = 2;  // plies; what the INI file has as safePly
+constexpr i32 deep = 4;
 constexpr i32 deepChoice = 15;
-constexpr std::size_t textMax = 2048;
+constexpr std::size_t textMax = 512;
 
 // What comes in, a line at a time.
 struct Lines {
@@ -55,9 +56,8 @@ static ssize_t readLineOf(void* cookie, char* buffer, std::size_t size) {
     TimeControl.moveTime = noTime;
     if (std::this_thread::get_id() == lines.commandLoop) {
         EngineOptions.syzygy = lines.choice >> 1 & 1;
-        if (lines.choice >> 4 != deepChoice) {
-            EngineOptions.maxDepth = std::min(EngineOptions.maxDepth, shallow);
-        }
+        EngineOptions.maxDepth =
+            std::min(EngineOptions.maxDepth, lines.choice >> 4 == deepChoice ? deep : shallow);
     }
     const std::size_t length = std::min({lines.rest.find('\n') + 1, lines.rest.size(), size});
     std::memcpy(buffer, lines.rest.data(), length);
