@@ -7,6 +7,7 @@
 #include "frontend/session.h"
 #include "hash/hash.h"
 #include "platform/platform.h"
+#include "search/ordering.h"
 #include "search/search.h"
 #include "tablebase/tablebase.h"
 
