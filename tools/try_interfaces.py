@@ -218,9 +218,9 @@ def try_xboard_analysis(desk, engine):
     for _ in range(3):
         board.button("back")
     check(board.told().count("undo") == 3, "three takebacks in analysis")
-    last = board.text().rsplit("undo", 1)[-1]
     wait_for("thinking after the takebacks", lambda: re.search(r"<first : +6 ", board.text().rsplit("undo", 1)[-1]))
-    check("stat01" in last, "status lines are answered")
+    wait_for("status lines", lambda: "<first : stat01: " in board.text().rsplit("undo", 1)[-1])
+    check(True, "status lines are answered")
     check(board.moves() == [], "no move of the engine in analysis")
     board.no_complaint()
     board.quit()

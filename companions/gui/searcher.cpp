@@ -28,7 +28,8 @@ static bool leaving = false;
 static bool orderWaits = false;
 static bool running = false;
 static bool dropped = false;
-static SearchOrder order;  // changed only while no search runs
+static u64 nodesInPlace = 0;  // 0: searches run on the thread
+static SearchOrder order;     // changed only while no search runs
 static i32 startedMs = 0;
 
 // Of the running search. The search thread writes, others read.
@@ -192,9 +193,13 @@ static void searchThread(void*) {
 
 // ---- for the protocols ----------------------------------------------------------------------------------------
 
-bool startSearchThread() {
+static void listenToSearches() {
     thinkingSink = {takeAttempt, takeOnlyMove, dropMate, dropMate, takeRootMove, tellBudget};
     SearchWatch = {countNodes, keepOrderedMoves};
+}
+
+bool startSearchThread() {
+    listenToSearches();
     leaving = false;
     return startThread(thread, searchThread, nullptr);
 }
@@ -207,6 +212,18 @@ void endSearchThread() {
         orderGiven.notify_all();
     }
     joinThread(thread);
+}
+
+void searchInPlace(u64 nodes) {
+    listenToSearches();
+    nodesInPlace = nodes;
+}
+
+// The order may be another one when `finished` has been called.
+static void runInPlace() {
+    order.nodes = std::min(order.nodes, nodesInPlace);
+    const auto finished = order.listener.finished;
+    finished(runOrder());
 }
 
 bool searchRuns() {
@@ -224,6 +241,10 @@ void startSearch(const SearchOrder& given) {
     moveCount = 0;
     SearchInfo.iterationDepth = 0;
     dropped = false;
+    if (nodesInPlace != 0) {
+        runInPlace();
+        return;
+    }
     orderWaits = true;
     orderGiven.notify_all();
 }

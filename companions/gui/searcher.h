@@ -66,6 +66,9 @@ struct Progress {
 /// Ends the running search, which is dropped, and the thread.
 void endSearchThread();
 
+/// Instead of a thread, for fuzzing: a search runs inside startSearch and ends soon after so many nodes.
+void searchInPlace(u64 nodes);
+
 /// Starts a search. Before: none runs, the settings are applied and the budget is set (budget.h).
 void startSearch(const SearchOrder& order);
 
