@@ -39,8 +39,11 @@ LEFT_OUT = re.compile(r"(?:/random64\.h|_windows\.cpp)$")
 DRIVERS_LEFT_OUT = {"test_book_tool", "test_chess_rules", "test_games", "test_install", "test_mutate", "test_referee",
                     "test_valgrind"}
 DRIVEN_FOLDERS = {"book", "frontend", "platform"}  # sessions notice more of what changes there than golden lists
+TOP_FOLDERS = {"book", "frontend"}     # nothing that has tests of its own builds on them
 GOLDEN = re.compile(r"olden|ignature")
 QUICK = 0.25                   # seconds of one test of the first group
+SHORT_DRIVER = 5               # processor seconds of a script
+LAST_QUICK_TURN = 4
 CPU_LIMIT = (4, 5)             # times the usual processor time, and seconds on top
 WALL_LIMIT = (12, 90)          # the same of the clock, for what waits and does not compute
 FULL_SECONDS = (150, 150)      # for the tests of full depth, which are not timed
@@ -81,14 +84,14 @@ def copy_tree(target):
 
 
 class Runner:
-    def __init__(self, folder, jobs, sanitizers):
+    def __init__(self, folder, jobs, sanitizers, quick):
         self.tree = folder / "tree"
         self.build_folder = folder / ("build-" + sanitizers.replace(",", "-") if sanitizers else "build")
         self.jobs = jobs
+        self.quick = quick
         self.sanitizers = sanitizers
         self.programs = []
-        self.library = self.build_folder / "libtarvelmon-core.a"
-        self.unchanged = None  # the library's digest
+        self.unchanged = None  # digest of the engine
         self.last_words = folder / "output.txt"
         self.times = folder / f"times-{self.build_folder.name}.json"
         self.environment = {name: value for name, value in os.environ.items() if not name.startswith("TARVELMON_")}
@@ -112,13 +115,17 @@ class Runner:
         targets = ["tarvelmon", "tarvelmon-book"] + ([] if self.sanitizers else ["slow_clock"])
         if not self.build(self.test_targets() + targets, keep=True):
             fail("the source does not build unchanged:\n" + self.words())
-        self.unchanged = digest([self.library])
+        self.unchanged = self.engine()
         self.find_programs()
 
     def test_targets(self):
         """The test programs of the folders of src/."""
         return [f"{path.name}_test" for path in sorted((self.tree / "src").iterdir())
                 if (self.tree / "tests" / path.name).is_dir()]
+
+    def engine(self):
+        """Digest of the program and of the libraries it is made of."""
+        return digest([self.build_folder / "tarvelmon", *sorted(self.build_folder.glob("*.a"))])
 
     def words(self):
         with open(self.last_words, errors="replace") as file:
@@ -235,22 +242,32 @@ class Runner:
             own = program.name == f"{folder}_test"
             turn = (0 if own and group == "quick" else
                     1 if own and group in ("golden", "slow") else
-                    6 if group == "full" else
+                    6 if group == "full" or program.name == "test_benchmark" else
                     2 if program.name == "test_transcripts" and talks else
-                    3 if group in ("driver", "quick") and talks else
+                    3 if group == "quick" and talks else
+                    4 if group == "driver" and talks and program.groups[group][1] < SHORT_DRIVER else
                     2 if group == "golden" else
                     3 if program.name == "test_transcripts" else
                     4 if group == "quick" else
                     5)
             return turn, program.groups[group][1]
-        return sorted(((program, group) for program in self.programs for group in program.groups), key=order)
+
+        def may_notice(program, group):
+            own = program.name == f"{folder}_test"
+            if self.quick and order((program, group))[0] > LAST_QUICK_TURN:
+                return False
+            return own or group == "driver" or group != "full" and folder not in TOP_FOLDERS
+
+        return sorted(((program, group) for program in self.programs for group in program.groups
+                       if may_notice(program, group)), key=order)
 
     def killed_by(self, file):
         """What noticed the change of `file`: a test, or "" for none; None where it does not build or changes no code."""
         folder = file.split("/")[1]
         built = set()
-        in_library = not file.endswith("/main.cpp")
-        if not self.build(["tarvelmon-core"]) or (in_library and digest([self.library]) == self.unchanged):
+        # The program itself need not be linked to see whether its parts are the same.
+        parts = ["tarvelmon"] if file.endswith("/main.cpp") else [path.name for path in self.build_folder.glob("*.a")]
+        if not self.build(parts) or self.engine() == self.unchanged:
             return None
         for program, group in self.plan(folder):
             if program.target not in built and not self.build([program.target]):
@@ -310,25 +327,53 @@ def survivors_of(path, texts):
     return found
 
 
+NOT_TRIED = object()
+
+
 class Score:
-    def __init__(self, path):
-        self.file = open(path, "w") if path else None
-        self.known = known_equivalents()
+    """Counts the mutants, and keeps what became of each in a file."""
+
+    def __init__(self, path, resume):
+        self.equivalent = known_equivalents()
         self.counts = collections.Counter()
         self.by_folder = collections.defaultdict(collections.Counter)
+        self.results = {}
+        if path and resume and os.path.exists(path):
+            with open(path) as file:
+                entries = [json.loads(line) for line in file]
+            self.results = {(entry["file"], entry["line"], entry["before"], entry["after"]): entry["by"]
+                            for entry in entries}
+        self.file = open(path, "a" if resume else "w") if path else None
 
-    def add(self, mutant, text, by, seconds):
-        line = mutants.line_number(text, mutant.start)
-        before, after = mutants.changed_lines(text, mutant)
-        verdict = "killed" if by else "equivalent" if (mutant.file, before, after) in self.known else "survived"
+    def known_result(self, mutant, text):
+        """What an interrupted run found."""
+        key = (mutant.file, mutants.line_number(text, mutant.start), *mutants.changed_lines(text, mutant))
+        return self.results.get(key, NOT_TRIED)
+
+    def verdict(self, mutant, text, by):
+        if by is None:
+            return "no mutant"
+        if by:
+            return "killed"
+        known = (mutant.file, *mutants.changed_lines(text, mutant)) in self.equivalent
+        return "equivalent" if known else "survived"
+
+    def write(self, mutant, text, by, seconds):
+        if self.file:
+            before, after = mutants.changed_lines(text, mutant)
+            entry = {"verdict": self.verdict(mutant, text, by), "file": mutant.file,
+                     "line": mutants.line_number(text, mutant.start), "before": before, "after": after, "by": by,
+                     "seconds": round(seconds, 1)}
+            print(json.dumps(entry), file=self.file, flush=True)
+
+    def add(self, mutant, text, by):
+        verdict = self.verdict(mutant, text, by)
         self.counts[verdict] += 1
         self.by_folder[mutant.file.split("/")[1]][verdict] += 1
         if verdict == "survived":
-            print(f"survived: {mutant.file}:{line}\n    {before}\n    {after}", flush=True)
-        if self.file:
-            entry = {"verdict": verdict, "file": mutant.file, "line": line, "before": before, "after": after, "by": by,
-                     "seconds": round(seconds, 1)}
-            print(json.dumps(entry), file=self.file, flush=True)
+            before, after = mutants.changed_lines(text, mutant)
+            print(f"survived: {mutant.file}:{mutants.line_number(text, mutant.start)}\n    {before}\n    {after}",
+                  flush=True)
 
     def print(self):
         for folder, counts in sorted(self.by_folder.items()):
@@ -341,23 +386,26 @@ class Score:
 
 
 def run(runner, queues, count, texts, score):
-    """Tries mutants of each queue in turn until `count` of them were built."""
-    tried = 0
-    while tried < count and any(queues):
-        for queue in queues:
-            while queue and tried < count:
-                mutant = queue.popleft()
-                started = time.monotonic()
-                place = runner.tree / mutant.file
-                try:
-                    place.write_text(mutant.apply(texts[mutant.file]))
-                    by = runner.killed_by(mutant.file)
-                finally:
-                    place.write_text(texts[mutant.file])
-                if by is not None:
-                    tried += 1
-                    score.add(mutant, texts[mutant.file], by, time.monotonic() - started)
-                    break
+    """Tries mutants of each queue until `count` of them were built; those of headers, which cost most, last."""
+    shares = [count // len(queues) + (place < count % len(queues)) for place in range(len(queues))]
+    waiting = [(queue.popleft(), queue) for queue, share in zip(queues, shares) for _ in range(min(share, len(queue)))]
+    waiting.sort(key=lambda entry: entry[0].file.endswith(".h"))
+    for mutant, queue in waiting:
+        text = texts[mutant.file]
+        by = score.known_result(mutant, text)
+        if by is NOT_TRIED:
+            started = time.monotonic()
+            place = runner.tree / mutant.file
+            try:
+                place.write_text(mutant.apply(text))
+                by = runner.killed_by(mutant.file)
+            finally:
+                place.write_text(text)
+            score.write(mutant, text, by, time.monotonic() - started)
+        if by is not None:
+            score.add(mutant, text, by)
+        elif queue:
+            waiting.append((queue.popleft(), queue))
 
 
 def show(queues, count, texts):
@@ -374,8 +422,10 @@ def main():
     parser.add_argument("count", nargs="?", type=int)
     parser.add_argument("files", nargs="*", metavar="file")
     parser.add_argument("--again", metavar="RESULTS", help="only the survivors of these results")
+    parser.add_argument("--quick", action="store_true", help="without what takes long: find candidates, try them again later")
     parser.add_argument("--list", action="store_true", help="build and test nothing")
     parser.add_argument("--results", help="where each mutant is written, a line of JSON each")
+    parser.add_argument("--resume", action="store_true", help="what stands in the results is not tried again")
     parser.add_argument("--build", type=pathlib.Path, default=TOP / "build-mutate", help="folder of the copy and its build")
     parser.add_argument("--sanitize", default="", help="sanitizers to build and test with, e.g. address,undefined")
     parser.add_argument("--jobs", type=int, default=os.cpu_count())
@@ -390,9 +440,9 @@ def main():
         queues, count = mutants.drawn(texts, arguments.seed), arguments.count
     if arguments.list:
         return show(queues, count, texts)
-    runner = Runner(arguments.build.resolve(), arguments.jobs, arguments.sanitize)
+    runner = Runner(arguments.build.resolve(), arguments.jobs, arguments.sanitize, arguments.quick)
     runner.prepare()
-    score = Score(arguments.results)
+    score = Score(arguments.results, arguments.resume)
     signal.signal(signal.SIGTERM, signal.default_int_handler)
     signal.signal(signal.SIGINT, signal.default_int_handler)
     try:
