@@ -1,8 +1,10 @@
 // Opening and mapping: what is there, what is not, and what only looks like a file.
 #include "platform/platform.h"
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <array>
 #include <cerrno>
@@ -12,6 +14,15 @@
 #include <string>
 
 namespace fs = std::filesystem;
+
+static bool streamsFail = false;
+
+// Stands before the C library's: a stream that there is no memory for.
+extern "C" std::FILE* fdopen(int descriptor, const char* mode) noexcept {
+    using Function = std::FILE* (*)(int, const char*);
+    static const auto next = reinterpret_cast<Function>(dlsym(RTLD_NEXT, "fdopen"));
+    return streamsFail ? nullptr : next(descriptor, mode);
+}
 
 class Files : public testing::Test {
   protected:
@@ -56,6 +67,26 @@ TEST_F(Files, TellTheirSizeAndAreReadFromAnyByteOn) {
     EXPECT_EQ(std::fgetc(file), '7');
     EXPECT_FALSE(seekFile(file, -1));
     std::fclose(file);
+}
+
+TEST_F(Files, OnlyInMemoryHaveNoSize) {
+    char bytes[] = "0123456789";
+    std::FILE* stream = fmemopen(bytes, sizeof bytes, "rb");
+    ASSERT_NE(stream, nullptr);
+    EXPECT_EQ(fileSize(stream), -1);
+    std::fclose(stream);
+}
+
+TEST_F(Files, ThatGetNoStreamAreClosed) {
+    const std::string path = write("bytes", "a");
+    const int lowest = dup(STDIN_FILENO);
+    close(lowest);
+    streamsFail = true;
+    EXPECT_EQ(openRegularFile(path.c_str()), nullptr);
+    streamsFail = false;
+    const int next = dup(STDIN_FILENO);
+    EXPECT_EQ(next, lowest);
+    close(next);
 }
 
 TEST_F(Files, ThatAreNoneAreRefusedWithoutWaiting) {

@@ -2,12 +2,14 @@
 #include "platform/platform.h"
 
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 
 #include <algorithm>
 #include <chrono>
 #include <ctime>
 #include <limits>
 #include <thread>
+#include <vector>
 
 constexpr std::size_t bytes = std::size_t{3} << 20;
 
@@ -32,6 +34,37 @@ TEST(Pages, ThatCannotBeHadAreRefused) {
     EXPECT_EQ(allocatePages(0, false), nullptr);
     EXPECT_EQ(allocatePages(std::numeric_limits<std::size_t>::max(), false), nullptr);
     EXPECT_EQ(allocatePages(std::numeric_limits<std::size_t>::max() / 16 * 15, true), nullptr);
+}
+
+// -1 where the pages are not mapped.
+static i64 residentPages(void* memory) {
+    std::vector<unsigned char> states((bytes + 4095) / 4096);
+    return mincore(memory, bytes, states.data()) == 0
+               ? std::count_if(states.begin(), states.end(), [](unsigned char state) { return (state & 1) != 0; })
+               : -1;
+}
+
+TEST(Pages, AreGivenBackByZeroingAndFreeing) {
+    void* memory = allocatePages(bytes, false);
+    ASSERT_NE(memory, nullptr);
+    std::fill_n(static_cast<u8*>(memory), bytes, u8{0xAB});
+    EXPECT_GT(residentPages(memory), 0);
+    zeroPages(memory, bytes);
+    EXPECT_EQ(residentPages(memory), 0);
+    freePages(memory, bytes);
+    EXPECT_EQ(residentPages(memory), -1);
+}
+
+TEST(Pages, ThatCannotBeGivenBackAreZeroedToo) {
+    void* memory = allocatePages(bytes, false);
+    ASSERT_NE(memory, nullptr);
+    if (mlock(memory, bytes) != 0) {
+        GTEST_SKIP() << "no memory may be locked";
+    }
+    std::fill_n(static_cast<u8*>(memory), bytes, u8{0xAB});
+    zeroPages(memory, bytes);
+    EXPECT_TRUE(isZero(memory));
+    freePages(memory, bytes);
 }
 
 TEST(Pages, FreeingNothingIsAllowed) {

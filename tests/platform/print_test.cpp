@@ -5,8 +5,10 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <array>
 #include <chrono>
 #include <cstdio>
+#include <fstream>
 #include <map>
 #include <sstream>
 #include <string>
@@ -88,6 +90,92 @@ TEST(Print, ThreadsNeverMixTheirLines) {
     for (int thread = 0; thread < threadCount; ++thread) {
         EXPECT_EQ(next[thread], linesEach);
     }
+}
+
+TEST(Print, ALineIsOutAtOnceThoughTheStreamHasABuffer) {
+    testing::FLAGS_gtest_death_test_style = "threadsafe";  // other tests of this program run threads
+    EXPECT_EXIT(
+        {
+            dup2(STDERR_FILENO, STDOUT_FILENO);  // whose text is looked at
+            std::setvbuf(stdout, nullptr, _IOFBF, 4096);
+            print("a line\n");
+            _exit(0);
+        },
+        testing::ExitedWithCode(0), "a line");
+}
+
+// Standard output is another open file for as long as this lives.
+struct OutputTo {
+    explicit OutputTo(int descriptor) {
+        std::fflush(stdout);
+        former = dup(STDOUT_FILENO);
+        dup2(descriptor, STDOUT_FILENO);
+        std::setvbuf(stdout, nullptr, _IONBF, 0);
+    }
+    OutputTo(const OutputTo&) = delete;
+    OutputTo& operator=(const OutputTo&) = delete;
+    ~OutputTo() {
+        dup2(former, STDOUT_FILENO);
+        close(former);
+        std::clearerr(stdout);
+    }
+    int former;
+};
+
+// Whether the thread comes to sleep within ten seconds; one that only waits for the processor does not sleep.
+static bool comesToSleep(pid_t thread) {
+    for (int tries = 0; tries < 1000; ++tries) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");
+        std::string status;
+        std::getline(file, status);
+        if (status.find(") S ") != std::string::npos) {
+            return true;
+        }
+    }
+    return false;
+}
+
+TEST(Print, SleepsUntilAFullPipeThatDoesNotBlockHasRoom) {
+    int ends[2];
+    ASSERT_EQ(pipe2(ends, O_NONBLOCK), 0);
+    const std::string text = std::string(300000, 'x') + "\n";
+    const pid_t writer = gettid();
+    bool slept = false;
+    std::string received;
+    std::thread reader([&] {
+        slept = comesToSleep(writer);
+        std::array<char, 4096> piece;
+        while (received.size() < text.size()) {
+            const ssize_t length = read(ends[0], piece.data(), piece.size());
+            if (length > 0) {
+                received.append(piece.data(), static_cast<std::size_t>(length));
+            } else {
+                std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            }
+        }
+    });
+    {
+        const OutputTo output(ends[1]);
+        print("%s", text.c_str());
+    }
+    reader.join();
+    EXPECT_TRUE(slept);
+    EXPECT_TRUE(received == text);
+    close(ends[0]);
+    close(ends[1]);
+}
+
+TEST(Print, ALineThatCannotBeWrittenIsDropped) {
+    const int readable = open("/dev/null", O_RDONLY);
+    {
+        const OutputTo output(readable);
+        print("lost\n");
+    }
+    close(readable);
+    testing::internal::CaptureStdout();
+    print("next\n");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "next\n");
 }
 
 // Standard input is another open file for as long as this lives.
