@@ -95,10 +95,8 @@ static std::string takePosition(std::string_view& input) {
         squares.push_back(takeByte(input) % 64);
     }
     const bool black = (choice & 1) != 0;
-    std::string passing = "-";
-    if ((choice & 4) != 0) {
-        passing = {static_cast<char>('a' + (choice >> 3 & 7)), black ? '3' : '6'};
-    }
+    const char file = static_cast<char>('a' + (choice >> 3 & 7));
+    const std::string passing = (choice & 4) == 0 ? "-" : std::string(1, file) + (black ? "3" : "6");
     return placementOf(men, squares, (choice & 2) != 0) + (black ? " b" : " w") + " - " + passing + " " +
            std::to_string(clock) + " 1";
 }
