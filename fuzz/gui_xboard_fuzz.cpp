@@ -1,5 +1,5 @@
 // The xboard side of the companion: the input is what comes in, a line at a time. No thread: a search runs where it is
-// started and ends after a few thousand nodes. Left out are lines about the sizes of tables, which only take memory.
+// started and ends after a few hundred nodes. Left out are lines about the sizes of tables, which only take memory.
 #include "board/board.h"
 #include "fuzz_support.h"
 #include "searcher.h"
@@ -10,7 +10,7 @@
 #include <cstdlib>
 #include <filesystem>
 
-constexpr u64 nodesOfASearch = 2000;
+constexpr u64 nodesOfASearch = 300;
 constexpr std::size_t linesMax = 60;
 
 // A working directory in memory with a book of one record: e2e4 in the start position.

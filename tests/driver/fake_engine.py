@@ -1,5 +1,5 @@
-"""A tiny xboard engine that plays the first legal move in alphabetical order and, if told so by its argument, does one
-thing wrong: what the referee must notice."""
+"""A tiny engine of the xboard protocol or of UCI that plays the first legal move in alphabetical order and, if told so by
+its argument, does one thing wrong: what the referee must notice."""
 
 import sys
 import time
@@ -41,11 +41,56 @@ def reply(game, fault):
     announce(game, fault)
 
 
+def uci_answer(game, fault):
+    move = min(game.position.legal_moves())
+    if len(game.moves) > 8:
+        if fault == "illegal move":
+            move = "a1a1"
+        if fault == "odd line":
+            say("Hint: e2e4")
+        if fault == "late":
+            time.sleep(1.5)
+        if fault == "end":
+            sys.exit(3)
+    say("info depth 1 score cp 0 nodes 1 time 0 pv " + move)
+    ahead = Game()
+    for played in game.moves + [move]:
+        ahead.play(played)
+    replies = sorted(ahead.position.legal_moves())
+    reply = "a1a1" if fault == "illegal reply" and len(game.moves) > 8 else (replies or [""])[0]
+    say("bestmove " + move + (" ponder " + reply if reply else ""))
+
+
+def speak_uci(fault):
+    """The answer to "go ponder" waits for "ponderhit" or "stop"."""
+    game, waiting = Game(), False
+    for line in sys.stdin:
+        words = line.split()
+        if words[:1] == ["isready"]:
+            say("readyok")
+        elif words[:1] == ["position"]:
+            game = Game()
+            for move in words[3:]:
+                game.play(move)
+        elif words[:2] == ["go", "ponder"]:
+            waiting = True
+        elif words[:1] == ["go"] or (waiting and words[:1] in (["ponderhit"], ["stop"])):
+            waiting = False
+            uci_answer(game, fault)
+        elif words[:1] == ["quit"]:
+            return 4 if fault == "status" else 0
+    return 0
+
+
 def main():
     fault = sys.argv[1] if len(sys.argv) > 1 else ""
     game, side = Game(), None
     for line in sys.stdin:
         word, _, rest = line.strip().partition(" ")
+        if word == "uci":
+            say("id name tarvelmon 0.12")
+            say("uciok")
+            return speak_uci(fault)
         if word == "protover":
             say('feature ping=1 usermove=1 setboard=1 myname="tarvelmon 0.12" done=1')
         elif word == "new":

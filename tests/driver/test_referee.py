@@ -21,6 +21,17 @@ FAULTS = {
 }
 
 
+# The same of an engine that speaks UCI and ponders.
+UCI_FAULTS = {
+    "illegal move": "plays the illegal move a1a1",
+    "odd line": "said 'Hint: e2e4'",
+    "late": "loses on time",
+    "end": "ended in the game",
+    "status": "ended with status 4",
+    "illegal reply": "expects the illegal move a1a1",
+}
+
+
 def fake_command(fault):
     return f"{sys.executable} -B {os.path.join(HERE, 'fake_engine.py')} '{fault}'"
 
@@ -37,6 +48,27 @@ class Referee(unittest.TestCase):
                 record = play_fake(fault)
                 self.assertIn(words, str(record.fault))
                 self.assertTrue(record.fault.player.is_ours)
+
+    def test_every_fault_of_uci_is_noticed(self):
+        for fault, words in UCI_FAULTS.items():
+            with self.subTest(fault):
+                record = play_game(["uci:" + fake_command(fault), "random"],
+                                   Options(seconds=1.0 if fault == "late" else 20.0, increment=0.01, max_plies=30,
+                                           ponder="first"), 0)
+                self.assertIn(words, str(record.fault))
+                self.assertTrue(record.fault.player.is_ours)
+
+    def test_a_faultless_game_over_uci_has_no_fault(self):
+        for number in range(4):
+            record = play_game(["uci:" + fake_command(""), "uci:" + fake_command("")],
+                               Options(seconds=20.0, increment=0.01, max_plies=30, ponder="first"), number)
+            self.assertIsNone(record.fault)
+            self.assertGreater(record.ponder_searches, 5)
+
+    def test_nobody_can_mate_with_bare_kings_one_knight_or_bishops_of_one_colour(self):
+        for men, held in (("4k3/8/8/8/8/8/8/4K3", True), ("4k3/8/8/8/8/8/8/3NK3", True), ("4k3/5b2/8/8/8/8/6B1/4K3", True),
+                          ("4k3/5b2/8/8/8/8/7B/4K3", False), ("4k3/8/8/8/8/8/8/3NKN2", False), ("4k3/8/8/8/8/8/P7/4K3", False)):
+            self.assertEqual(referee.nobody_can_mate(Game(men + " w - - 0 1").position), held, men)
 
     def test_a_faultless_game_has_no_fault(self):
         for number in range(4):

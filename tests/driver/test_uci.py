@@ -240,6 +240,14 @@ class Options(Conversation):
         self.gui.send("debug on", "setoption name hASH value 8", "isready")
         self.gui.expect("info string Allocated 8 MB for the Hash Table")
 
+    def test_endgame_tables_are_asked_and_hits_are_told(self):
+        folder = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "data", "syzygy")
+        self.gui.send("setoption name SyzygyPath value " + os.path.abspath(folder),
+                      "position fen 8/8/8/3k4/8/8/3PK2N/8 w - - 0 1")
+        self.assertGreater(findings(self.gui.go("depth 7")[2])[-1]["tbhits"], 10)
+        self.gui.send("setoption name SyzygyProbeLimit value 0")
+        self.assertEqual(findings(self.gui.go("depth 7")[2])[-1]["tbhits"], 0)
+
     def test_the_book_answers_in_play_and_not_in_analysis(self):
         # One record: e2e4 in the start position.
         book = b"\x46\x3b\x96\x18\x16\x91\xfc\x9c\x03\x1c\x00\x01\x00\x00\x00\x00"
