@@ -131,9 +131,9 @@ class Runner:
         self.find_programs()
 
     def test_targets(self):
-        """The test programs of the folders of src/."""
+        """The test programs of the folders of src/, and that of the search on material alone."""
         return [f"{path.name}_test" for path in sorted((self.tree / "src").iterdir())
-                if (self.tree / "tests" / path.name).is_dir()]
+                if (self.tree / "tests" / path.name).is_dir()] + ["material_test"]
 
     def engine(self):
         """Digest of the program and of the libraries it is made of."""

@@ -4,7 +4,6 @@
 #include "comments.h"
 #include "frontend/config.h"
 #include "frontend/frontend.h"
-#include "frontend/internal.h"
 #include "hash/hash.h"
 #include "tablebase/tablebase.h"
 #include "words.h"

@@ -137,6 +137,22 @@ enum MoveKind : u8 {
     EN_PASSANT = 41,
 };
 
+/// The seventeen kinds, as a set of bits.
+constexpr u64 moveKinds = [] {
+    u64 set = 0;
+    for (const i32 kind : {MOVE_PAWN, MOVE_KNIGHT, MOVE_BISHOP, MOVE_ROOK, MOVE_QUEEN, MOVE_KING, CAPT_PAWN,
+                           CAPT_KNIGHT, CAPT_BISHOP, CAPT_ROOK, CAPT_QUEEN, CAPT_KING, PROMO, CASTLE_SHORT,
+                           PROMO_CAPT, CASTLE_LONG, EN_PASSANT}) {
+        set |= u64{1} << kind;
+    }
+    return set;
+}();
+static_assert(popCount(moveKinds) == 17);
+
+[[nodiscard]] constexpr bool isMoveKind(i32 kind) {
+    return kind < 64 && (moveKinds >> kind & 1) != 0;
+}
+
 [[nodiscard]] constexpr i32 moveKind(Mossa m) {
     return static_cast<i32>(m & 0xFF);
 }
@@ -280,7 +296,7 @@ void legalMoves(MoveArray& moves, i32& count);
 /// stays as it was.
 void legalCaptures(MoveList& captures);
 
-/// Prints the exchange value of the best capture by generator score.
+/// Prints the exchange value of the best capture by generator score. No command calls it: for a debugger.
 void seeTest();
 
 // ---- counting -------------------------------------------------------------------------------------------------

@@ -1,4 +1,5 @@
 // Quiet moves that may give check, for the first plies of the quiescence search: candidates, not proven checks.
+#include "board/castling.h"
 #include "board/generation.h"
 
 using namespace generation;
@@ -72,10 +73,10 @@ static void appendStepChecks(const Scacchiera& b, i32 king, QuietList& checks) {
 static void appendCastlingChecks(const Scacchiera& b, i32 king, QuietList& checks) {
     const CastlingTests castling = castlingTests(b);
     const TBB occ = occupied(b);
-    if (castling.longPasses && (rookAttacks(3, occ) & squareBit(king)) != 0) {
+    if (castling.longPasses && (rookAttacks(longCastling.rookTo, occ) & squareBit(king)) != 0) {
         checks.entries[checks.count++] = castleLong;
     }
-    if (castling.shortPasses && (rookAttacks(5, occ) & squareBit(king)) != 0) {
+    if (castling.shortPasses && (rookAttacks(shortCastling.rookTo, occ) & squareBit(king)) != 0) {
         checks.entries[checks.count++] = castleShort;
     }
 }

@@ -1,23 +1,11 @@
 // Generators of captures and quiet moves, and the castling tests that all generators share. Inside a stage pieces and
 // targets go from the lowest square upward; the order of stages and entries is part of the engine's play.
+#include "board/castling.h"
 #include "board/generation.h"
 
 using namespace generation;
 
 // ---- castling -------------------------------------------------------------------------------------------------
-
-// What one castling asks of the board: empty squares, squares no slider may attack, and the squares from which a
-// knight, pawn or king would attack those. Squares next to the own king need no mention in `kings`.
-struct CastlingMasks {
-    u8 right;
-    TBB empty;
-    TBB safe;
-    TBB knights;
-    TBB pawns;
-    TBB kings;
-};
-static constexpr CastlingMasks longMasks = {OWN_LONG, 14, 28, 0x3E7700, 0x3E00, 0x600};
-static constexpr CastlingMasks shortMasks = {OWN_SHORT, 96, 112, 0xF8DC00, 0xF800, 0x4000};
 
 [[nodiscard]] static bool mayStillPass(const Scacchiera& b, const CastlingMasks& m) {
     return (b.castleRights & m.right) != 0 && (occupied(b) & m.empty) == 0;
@@ -44,13 +32,14 @@ static constexpr CastlingMasks shortMasks = {OWN_SHORT, 96, 112, 0xF8DC00, 0xF80
 }
 
 CastlingTests generation::castlingTests(const Scacchiera& b) {
-    const bool longMay = mayStillPass(b, longMasks);
-    const bool shortMay = mayStillPass(b, shortMasks);
+    const bool longMay = mayStillPass(b, longCastlingMasks);
+    const bool shortMay = mayStillPass(b, shortCastlingMasks);
     if (!longMay && !shortMay) {
         return {false, false};
     }
     const TBB rays = enemyRays(b);
-    return {longMay && isUnattacked(b, longMasks, rays), shortMay && isUnattacked(b, shortMasks, rays)};
+    return {longMay && isUnattacked(b, longCastlingMasks, rays),
+            shortMay && isUnattacked(b, shortCastlingMasks, rays)};
 }
 
 // ---- captures -------------------------------------------------------------------------------------------------

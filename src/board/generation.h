@@ -93,8 +93,4 @@ struct CastlingTests {
 };
 [[nodiscard]] CastlingTests castlingTests(const Scacchiera& b);
 
-constexpr Mossa castleLong = makeMossa(CASTLE_LONG, 4, 2);
-constexpr Mossa castleShort = makeMossa(CASTLE_SHORT, 4, 6);
-static_assert(castleLong == 132134 && castleShort == 394262);
-
 }  // namespace generation

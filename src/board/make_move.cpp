@@ -8,31 +8,6 @@
 constinit std::array<Scacchiera, gameRecordsMax + searchRecordsMax + 64> boardStack{};
 constinit Scacchiera* board = boardStack.data();
 
-[[nodiscard]] static constexpr bool isMoveKind(i32 kind) {
-    switch (kind) {
-        case MOVE_PAWN:
-        case MOVE_KNIGHT:
-        case MOVE_BISHOP:
-        case MOVE_ROOK:
-        case MOVE_QUEEN:
-        case MOVE_KING:
-        case CAPT_PAWN:
-        case CAPT_KNIGHT:
-        case CAPT_BISHOP:
-        case CAPT_ROOK:
-        case CAPT_QUEEN:
-        case CAPT_KING:
-        case PROMO:
-        case CASTLE_SHORT:
-        case PROMO_CAPT:
-        case CASTLE_LONG:
-        case EN_PASSANT:
-            return true;
-        default:
-            return false;
-    }
-}
-
 // A value that is no move, such as 0: a plain copy, unflipped. The key takes what stands on the squares as the byte
 // values say; the colour is read from the copy, so it is that of the side that did not move.
 static void copyRecord(Mossa move, bool withKey) {

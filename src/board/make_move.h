@@ -5,6 +5,7 @@
 
 #include "board/attacks.h"
 #include "board/board.h"
+#include "board/castling.h"
 #include "eval/psq.h"
 #include "search/search_info.h"
 
@@ -55,10 +56,10 @@ constexpr TBB rank4 = 0x00000000FF000000ULL;
 // The rights that go when a man leaves or is taken on a corner.
 inline constexpr std::array<u8, 64> cornerRights = [] {
     std::array<u8, 64> rights{};
-    rights[0] = OWN_LONG;
-    rights[7] = OWN_SHORT;
-    rights[56] = OPPONENT_LONG;
-    rights[63] = OPPONENT_SHORT;
+    rights[longCastling.rookFrom] = OWN_LONG;
+    rights[shortCastling.rookFrom] = OWN_SHORT;
+    rights[longCastling.rookFrom ^ 56] = OPPONENT_LONG;
+    rights[shortCastling.rookFrom ^ 56] = OPPONENT_SHORT;
     return rights;
 }();
 
@@ -93,18 +94,18 @@ inline constexpr std::array<u8, 64> cornerRights = [] {
             p.rqk ^= fromTo & (TBB{0} - (kind >> 2 & 1));
             break;
         case CASTLE_LONG >> 3:
-            p.side = b.side ^ (fromTo | 0x09);
+            p.side = b.side ^ (fromTo | rookSquares(longCastling));
             p.nbk ^= fromTo;
-            p.rqk ^= fromTo | 0x09;
+            p.rqk ^= fromTo | rookSquares(longCastling);
             break;
         case EN_PASSANT >> 3:
             p.pbq ^= fromTo ^ to >> 8;
             break;
         default:
             if (kind == CASTLE_SHORT) {
-                p.side = b.side ^ (fromTo | 0xA0);
+                p.side = b.side ^ (fromTo | rookSquares(shortCastling));
                 p.nbk ^= fromTo;
-                p.rqk ^= fromTo | 0xA0;
+                p.rqk ^= fromTo | rookSquares(shortCastling);
                 break;
             }
             const i32 promo = move.promo;
@@ -186,6 +187,12 @@ inline constexpr std::array<u8, 64> cornerRights = [] {
     return {move.kind & 7, (move.kind & 8) != 0 ? pieceCode(*board, move.to) : i32{EMPTY}};
 }
 
+// Deliberate: the rook's change counts twice; the tables make it nothing.
+[[nodiscard]] inline i32 castlingGain(const std::array<i16, 64>& kingRow, const CastlingSquares& castling) {
+    return kingRow[castling.kingTo] - kingRow[castling.kingFrom] +
+           2 * (psqTable[ROOK][castling.rookTo] - psqTable[ROOK][castling.rookFrom]);
+}
+
 // What psqScore gains for the mover.
 [[nodiscard]] inline i32 scoreOfMove(const NodeMoves& n, const Placement& after, const MoveParts& move,
                                      const MenOfMove& men) {
@@ -198,10 +205,9 @@ inline constexpr std::array<u8, 64> cornerRights = [] {
     i32 gain = 0;
     switch (kind) {
         case CASTLE_SHORT:
-            // deliberate: the rook's change counts twice; the tables make it nothing
-            return kingRow[6] - kingRow[4] + 2 * (psqTable[ROOK][5] - psqTable[ROOK][7]);
+            return castlingGain(kingRow, shortCastling);
         case CASTLE_LONG:
-            return kingRow[2] - kingRow[4] + 2 * (psqTable[ROOK][3] - psqTable[ROOK][0]);
+            return castlingGain(kingRow, longCastling);
         case PROMO:
         case PROMO_CAPT:
             gain = pieceValue[promo] + psqTable[promo][to] - psqTable[PAWN][from] - 100;
@@ -245,9 +251,9 @@ inline constexpr std::array<u8, 64> cornerRights = [] {
         if (kind == EN_PASSANT) {
             key ^= own[enemyRow + PAWN][(to - 8) ^ 56];
         } else if (kind == CASTLE_SHORT) {
-            key ^= own[moverRow + ROOK][7] ^ own[moverRow + ROOK][5];
+            key ^= own[moverRow + ROOK][shortCastling.rookFrom] ^ own[moverRow + ROOK][shortCastling.rookTo];
         } else if (kind == CASTLE_LONG) {
-            key ^= own[moverRow + ROOK][0] ^ own[moverRow + ROOK][3];
+            key ^= own[moverRow + ROOK][longCastling.rookFrom] ^ own[moverRow + ROOK][longCastling.rookTo];
         }
     }
     return key;
@@ -263,8 +269,11 @@ inline constexpr std::array<u8, 64> cornerRights = [] {
                : key ^ zobrist.castle[swapRights(old.castleRights)] ^ zobrist.castle[swapRights(rights)];
 }
 
-[[nodiscard]] inline bool isDoublePush(i32 kind, i32 from, i32 to) {
-    return kind == MOVE_PAWN && (TBB{1} << to & rank4) != 0 && (TBB{1} << from & rank2) != 0;
+// Deliberate: a double push sets its file whether or not a pawn could take it.
+[[nodiscard]] inline u8 epFileAfter(i32 kind, i32 from, i32 to) {
+    const bool isDoublePush =
+        kind == MOVE_PAWN && (TBB{1} << to & rank4) != 0 && (TBB{1} << from & rank2) != 0;
+    return isDoublePush ? static_cast<u8>(to & 7) : noEpFile;
 }
 
 // Writes the record of `move` above the current one, flipped, and steps `board` up. `after` is placementAfter.
@@ -285,7 +294,7 @@ template <MakeDepth How>
     next.reserved = old.reserved;
 
     const u8 rights = rightsAfter(old.castleRights, kind, from, to);
-    const u8 epFile = isDoublePush(kind, from, to) ? static_cast<u8>(to & 7) : noEpFile;
+    const u8 epFile = epFileAfter(kind, from, to);
     next.castleRights = swapRights(rights);
     next.epFile = epFile;
 
@@ -343,9 +352,9 @@ template <MakeDepth How>
 [[nodiscard]] inline u64 keyAfter(const NodeMoves& n, Mossa m) {
     const MoveParts move = partsOf(m);
     const auto [kind, from, to, promo] = move;
-    const u8 epFile = node::isDoublePush(kind, from, to) ? static_cast<u8>(to & 7) : noEpFile;
     return node::keyAfter(n, move, node::menOfMove(move),
-                          node::rightsAfter(board->castleRights, kind, from, to), epFile);
+                          node::rightsAfter(board->castleRights, kind, from, to),
+                          node::epFileAfter(kind, from, to));
 }
 
 /// Plays a move, one of the seventeen kinds and pseudo-legal in the position of `n` at `board`, if it leaves no own

@@ -2,6 +2,7 @@
 #include "board/tables.h"
 
 #include "board/board.h"
+#include "platform/split_mix.h"
 
 // ---- lines ----------------------------------------------------------------------------------------------------
 
@@ -142,17 +143,11 @@ void initBoardTables() {
 
 // ---- keys -----------------------------------------------------------------------------------------------------
 
-// SplitMix64: small, and good enough for keys. The order of the draws is part of the keys' definition.
+// The order of the draws is part of the keys' definition.
 static consteval ZobristKeys drawKeys() {
     ZobristKeys keys{};
     u64 state = 0x2545F4914F6CDD1DULL;
-    const auto draw = [&state] {
-        state += 0x9E3779B97F4A7C15ULL;
-        u64 z = state;
-        z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9ULL;
-        z = (z ^ (z >> 27)) * 0x94D049BB133111EBULL;
-        return z ^ (z >> 31);
-    };
+    const auto draw = [&state] { return splitMix64(state); };
     for (auto& row : keys.piece) {
         for (u64& key : row) {
             key = draw();

@@ -1,17 +1,18 @@
 // Moves that come as text from a person, the protocol or the book. They do not go through the generators: the move is
 // built from the man on its square and a set of targets, more loosely than the rules for pawns.
 #include "board/board.h"
+#include "board/castling.h"
 #include "board/generation.h"
 #include "frontend/frontend.h"
 
 #include <cstring>
 
 // Where one kind of move may go.
-struct Slot {
+struct Destinations {
     TBB targets;
     i32 kind;
 };
-using Slots = std::array<Slot, 5>;
+using DestinationsByKind = std::array<Destinations, 5>;
 
 // Byte 4 of the text as a piece code; -1 if it is no promotion.
 static i32 promotionOf(char letter) {
@@ -37,22 +38,22 @@ static i32 squareOf(char file, char rank) {
     return (static_cast<u8>(file) + 8 * static_cast<u8>(rank) - 489) & 63;
 }
 
-static Slots kingSlots(const Scacchiera& b, i32 from) {
+static DestinationsByKind destinationsOfKing(const Scacchiera& b, i32 from) {
     const generation::CastlingTests castling = generation::castlingTests(b);
     return {{{KingAttacks[from] & ~occupied(b), MOVE_KING},
              {KingAttacks[from] & opponent(b), CAPT_KING},
              {0, 0},
-             {castling.shortPasses ? squareBit(6) : 0, CASTLE_SHORT},
-             {castling.longPasses ? squareBit(2) : 0, CASTLE_LONG}}};
+             {castling.shortPasses ? squareBit(shortCastling.kingTo) : 0, CASTLE_SHORT},
+             {castling.longPasses ? squareBit(longCastling.kingTo) : 0, CASTLE_LONG}}};
 }
 
-static Slots pieceSlots(const Scacchiera& b, TBB reach, i32 quietKind) {
+static DestinationsByKind destinationsOfPiece(const Scacchiera& b, TBB reach, i32 quietKind) {
     return {{{reach & ~occupied(b), quietKind}, {reach & opponent(b), quietKind | 8}}};
 }
 
 // Deliberate: pushes are those of all own pawns, not of the one on `from`; captures run round the board's edge; a
 // promotion letter promotes anywhere.
-static Slots pawnSlots(const Scacchiera& b, i32 from, bool promotes) {
+static DestinationsByKind destinationsOfPawn(const Scacchiera& b, i32 from, bool promotes) {
     const TBB empty = ~occupied(b);
     const TBB single = (pawns(b) & b.side) << 8 & empty;
     const TBB pushes = from >> 3 == 1 ? single | (single << 8 & empty) : single;
@@ -62,27 +63,27 @@ static Slots pawnSlots(const Scacchiera& b, i32 from, bool promotes) {
              {captures & generation::epTarget(b), EN_PASSANT}}};
 }
 
-// The slots of the own man on `from`; all empty if there is none.
-static Slots slotsOf(const Scacchiera& b, i32 from, bool promotes) {
+// The destinations of the own man on `from`; all empty if there is none.
+static DestinationsByKind destinationsOf(const Scacchiera& b, i32 from, bool promotes) {
     const TBB own = squareBit(from) & b.side;
     const TBB occ = occupied(b);
     if ((kings(b) & own) != 0) {
-        return kingSlots(b, from);
+        return destinationsOfKing(b, from);
     }
     if ((queens(b) & own) != 0) {
-        return pieceSlots(b, queenAttacks(from, occ), MOVE_QUEEN);
+        return destinationsOfPiece(b, queenAttacks(from, occ), MOVE_QUEEN);
     }
     if ((rooks(b) & own) != 0) {
-        return pieceSlots(b, rookAttacks(from, occ), MOVE_ROOK);
+        return destinationsOfPiece(b, rookAttacks(from, occ), MOVE_ROOK);
     }
     if ((bishops(b) & own) != 0) {
-        return pieceSlots(b, bishopAttacks(from, occ), MOVE_BISHOP);
+        return destinationsOfPiece(b, bishopAttacks(from, occ), MOVE_BISHOP);
     }
     if ((knights(b) & own) != 0) {
-        return pieceSlots(b, KnightAttacks[from], MOVE_KNIGHT);
+        return destinationsOfPiece(b, KnightAttacks[from], MOVE_KNIGHT);
     }
     if ((pawns(b) & own) != 0) {
-        return pawnSlots(b, from, promotes);
+        return destinationsOfPawn(b, from, promotes);
     }
     return {};
 }
@@ -100,11 +101,11 @@ i32 parseUserMove(const char* text) {
     const i32 frame = blackToMove(*board) ? 56 : 0;
     const i32 from = squareOf(bytes[0], bytes[1]) ^ frame;
     const i32 to = squareOf(bytes[2], bytes[3]) ^ frame;
-    for (const Slot& slot : slotsOf(*board, from, promo != 0)) {
-        if ((slot.targets >> to & 1) == 0) {
+    for (const Destinations& way : destinationsOf(*board, from, promo != 0)) {
+        if ((way.targets >> to & 1) == 0) {
             continue;
         }
-        EngineOptions.lastUserMove = makeMossa(slot.kind, from, to, promo);
+        EngineOptions.lastUserMove = makeMossa(way.kind, from, to, promo);
         makeMove(EngineOptions.lastUserMove);
         if (leftInCheck() != 0) {
             --board;

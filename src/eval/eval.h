@@ -20,10 +20,25 @@ extern std::array<u8, 64> attackMapOwn;
 extern std::array<u8, 64> attackMapEnemy;
 /// Fills both maps for the position at `board`, which is as before afterwards.
 void buildAttackMaps();
-/// Exchanges the contents of the two maps.
+/// Exchanges the contents of the two maps. For whoever works on a pass with them; evaluate needs no exchange.
 void swapAttackMaps();
 
-/// Breakdown by term for the console: eleven terms of the side to move, then its opponent's, each in the order Pawn,
-/// PST, Materiale, Bishop Pair, King Safety, Hanging Knight, Hanging Bishop, Hanging Rook, Hanging Queen, Outpost
-/// Knight, Knight Superfluo. Deliberate: evaluate does not write it.
-extern std::array<i32, 22> evalTerms;
+/// The places of the terms in each half of evalTerms.
+enum EvalTerm : u32 {
+    termPawn,
+    termPst,
+    termMaterial,
+    termBishopPair,
+    termKingSafety,
+    termHangingKnight,
+    termHangingBishop,
+    termHangingRook,
+    termHangingQueen,
+    termOutpostKnight,
+    termKnightSuperfluo,
+    evalTermCount,
+};
+
+/// Breakdown by term for the console: the terms of the side to move, then its opponent's. Deliberate: evaluate does not
+/// write it.
+extern std::array<i32, 2 * evalTermCount> evalTerms;

@@ -7,10 +7,8 @@
 #include "hash/hash.h"
 
 #include <algorithm>
-#include <bit>
 
-constinit bool evalMaterialOnly = false;
-constinit std::array<i32, 22> evalTerms{};
+constinit std::array<i32, 2 * evalTermCount> evalTerms{};
 
 constexpr TBB outpostSquares = 0x3C3C18000000;  // d4 e4, c5 to f5, c6 to f6
 
@@ -21,11 +19,6 @@ static TBB enemyPawnSpan(TBB enemyPawns) {
 
 static TBB ownPawnSpan(TBB ownPawns) {
     return sideways(northFill(ownPawns) << 8);
-}
-
-// Of several kings the lowest; countr_zero gives noSquare for none.
-static i32 kingSquare(TBB kingsOfSide) {
-    return std::countr_zero(kingsOfSide);
 }
 
 // In the own frame; the enemy's king safety sees the same squares in his.
@@ -104,9 +97,6 @@ static PawnPlaces findPawnPlaces(const Scacchiera& b) {
 i16 evaluate() {
     if (sufficientMaterial() == 0) {
         return 0;
-    }
-    if (evalMaterialOnly) {
-        return board->psqScore;
     }
     const PawnPlaces places = findPawnPlaces(*board);
     Scacchiera otherView = *board;

@@ -3,6 +3,7 @@
 // A pass values one side's men, seen from that side. Each term is centipawns for the own side.
 #pragma once
 
+#include "board/attacks.h"
 #include "board/board.h"
 #include "hash/hash.h"
 #include "platform/bits.h"
@@ -18,12 +19,6 @@ consteval std::array<T, 64> rank8OnTop(const std::array<T, 64>& printed) {
     }
     return table;
 }
-
-/// For tests alone: true makes evaluate leave out both passes, so that its value is psqScore and the dead-draw test.
-extern bool evalMaterialOnly;
-
-/// In place of a king's square when there is no king.
-constexpr i32 noSquare = 64;
 
 /// The squares that a side's men attack, by kind of attacker. Own men's squares count, nobody sees through anybody.
 struct AttackSets {

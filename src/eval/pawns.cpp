@@ -68,12 +68,9 @@ PawnStructure pawnStructure(TBB ownPawns, TBB enemyPawns) {
 
 i32 pawnTerms(Pass& pass, const PawnPlace& place) {
     hashPawn& slot = *place.slot;
-    if (slot.pawnKey != place.key) {
+    if (!holdsPawns(slot, place.key)) {
         const PawnStructure structure = pawnStructure(pass.ownPawns, pass.enemyPawns);
-        slot.pawnKey = place.key;
-        slot.passedPawns = structure.passedPawns;
-        slot.pawnScore = structure.pawnScore;
-        slot.healthyPawns = structure.healthyPawns;
+        storePawns(slot, place.key, structure.pawnScore, structure.passedPawns, structure.healthyPawns);
     }
     pass.passedPawns = slot.passedPawns;
     pass.healthyPawns = slot.healthyPawns;

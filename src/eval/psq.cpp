@@ -5,14 +5,14 @@
 #include "board/board.h"
 #include "eval/internal.h"
 
-using Placement = std::array<i32, 64>;
+using SquareValues = std::array<i32, 64>;
 
 // Centipawns, owner's frame, printed rank 8 on top, files a to h. Hand-set. The same table serves both colours.
 
-constexpr Placement noPlacement{};
+constexpr SquareValues noPlacement{};
 
 // Deliberate: files f to h are weaker than a to c on ranks 3 to 6, so the king's side is pushed less.
-constexpr Placement pawnPlacement = rank8OnTop<i32>({
+constexpr SquareValues pawnPlacement = rank8OnTop<i32>({
     0,  0,  0,  0,  0,  0,  0,  0,   // 8
     30, 30, 30, 30, 30, 30, 30, 30,  // 7
     25, 25, 25, 25, 25, 15, 15, 15,  // 6
@@ -23,7 +23,7 @@ constexpr Placement pawnPlacement = rank8OnTop<i32>({
     0,  0,  0,  0,  0,  0,  0,  0,   // 1
 });
 
-constexpr Placement knightPlacement = rank8OnTop<i32>({
+constexpr SquareValues knightPlacement = rank8OnTop<i32>({
     -20, -5, 0,  0,  0,  0,  -5, -20,  // 8
     -5,  0,  10, 10, 10, 10, 0,  -5,   // 7
     0,   10, 15, 15, 15, 15, 10, 0,    // 6
@@ -34,7 +34,7 @@ constexpr Placement knightPlacement = rank8OnTop<i32>({
     -20, -5, 0,  0,  0,  0,  -5, -20,  // 1
 });
 
-constexpr Placement bishopPlacement = rank8OnTop<i32>({
+constexpr SquareValues bishopPlacement = rank8OnTop<i32>({
     -5, -5, 0,  0,  0,  0,  -5, -5,  // 8
     -5, 0,  10, 10, 10, 10, 0,  -5,  // 7
     -5, 10, 15, 15, 15, 15, 10, -5,  // 6
@@ -46,7 +46,7 @@ constexpr Placement bishopPlacement = rank8OnTop<i32>({
 });
 
 // Deliberate: b1, c1 and g1 cost, f1 does not.
-constexpr Placement rookPlacement = rank8OnTop<i32>({
+constexpr SquareValues rookPlacement = rank8OnTop<i32>({
     10, 10, 10, 10, 10, 10, 10, 10,  // 8
     10, 10, 10, 10, 10, 10, 10, 10,  // 7
     0,  0,  0,  0,  0,  0,  0,  0,   // 6
@@ -57,7 +57,7 @@ constexpr Placement rookPlacement = rank8OnTop<i32>({
     0,  -5, -5, 0,  0,  0,  -5, 0,   // 1
 });
 
-constexpr Placement queenPlacement = rank8OnTop<i32>({
+constexpr SquareValues queenPlacement = rank8OnTop<i32>({
     -4, -4, -4, -4, -4, -4, -4, -4,  // 8
     -4, 0,  0,  0,  0,  0,  0,  -4,  // 7
     -4, 0,  4,  4,  4,  4,  0,  -4,  // 6
@@ -68,7 +68,7 @@ constexpr Placement queenPlacement = rank8OnTop<i32>({
     -4, -4, 0,  4,  0,  0,  -4, -4,  // 1
 });
 
-constexpr Placement kingOpening = rank8OnTop<i32>({
+constexpr SquareValues kingOpening = rank8OnTop<i32>({
     -5, -5, -5, -5,  -5, -5,  -5, -5,  // 8
     -5, -5, -5, -5,  -5, -5,  -5, -5,  // 7
     -5, -5, -5, -5,  -5, -5,  -5, -5,  // 6
@@ -79,7 +79,7 @@ constexpr Placement kingOpening = rank8OnTop<i32>({
     -5, -5, 20, -10, 0,  -10, 30, -5,  // 1
 });
 
-constexpr Placement kingEnding = rank8OnTop<i32>({
+constexpr SquareValues kingEnding = rank8OnTop<i32>({
     0, 0, 0,  0,  0,  0,  0,  0,  // 8
     0, 5, 5,  5,  5,  5,  5,  0,  // 7
     0, 5, 10, 10, 10, 10, 5,  0,  // 6

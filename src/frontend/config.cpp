@@ -3,6 +3,7 @@
 
 #include "frontend/frontend.h"
 #include "frontend/ini.h"
+#include "hash/hash.h"
 #include "platform/print.h"
 #include "tablebase/tablebase.h"
 
@@ -12,10 +13,6 @@ constexpr const char* engineSection = "ENGINE";
 constexpr const char* bookSection = "BOOK";
 constexpr const char* tablebaseSection = "TABLEBASE";
 constexpr const char* timeSection = "TIME";
-
-// Bytes of a record of each hash table.
-constexpr i32 hashRecordShift = 4;
-constexpr u64 pawnHashRecordSize = 24;
 
 // An accepted FastOpening is stored as so many times the value in the file, its default too.
 constexpr i32 fastOpeningFactor = 7;
@@ -88,7 +85,7 @@ static u64 bytesOfMegabytes(i32 megabytes) {
 }
 
 u64 hashEntriesFor(i32 megabytes) {
-    return bytesOfMegabytes(megabytes) >> hashRecordShift;
+    return bytesOfMegabytes(megabytes) / sizeof(ys_hash);
 }
 
 static void loadEngineKeys(const char* fileName) {
@@ -102,7 +99,7 @@ static void loadEngineKeys(const char* fileName) {
     EngineOptions.hashSize = readInt(hashSizeKey, fileName);
     EngineOptions.hashEntries = hashEntriesFor(EngineOptions.hashSize);
     EngineOptions.pawnHashSize = readInt(pawnHashSizeKey, fileName);
-    EngineOptions.pawnHashEntries = bytesOfMegabytes(EngineOptions.pawnHashSize) / pawnHashRecordSize;
+    EngineOptions.pawnHashEntries = bytesOfMegabytes(EngineOptions.pawnHashSize) / sizeof(hashPawn);
     EngineOptions.safePly = readInt(safePlyKey, fileName);
 }
 

@@ -3,6 +3,9 @@
 
 #include "platform/bits.h"
 
+/// What is read at the start, from the working directory.
+constexpr const char* configFileName = "tarvelmon.ini";
+
 /// Reads every key into EngineOptions and TimeControl; a key that is missing, or has a value it may not have, takes its
 /// default. Also sets what derives from a key: the working clocks (MaxTime) and the entry counts of the hash tables.
 /// The tables themselves are not touched. Prints nothing, whatever is wrong with the file.

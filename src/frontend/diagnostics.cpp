@@ -7,10 +7,10 @@
 #include "hash/hash.h"
 #include "platform/print.h"
 #include "search/ordering.h"
+#include "search/quicksort.h"
 #include "tablebase/tablebase.h"
 
 #include <cinttypes>
-#include <utility>
 
 // ---- test positions -------------------------------------------------------------------------------------------
 
@@ -115,29 +115,6 @@ static Next showQuietChecks(const char*) {
     return Next::nextLine;
 }
 
-/// Quicksort of entries first to last, descending by score: the build of the root list's sorts, which decides in
-/// which order equal scores end.
-static void sortByScore(MoveList& list, i32 first, i32 last) {
-    auto& entries = list.entries;
-    const auto at = [](i32 i) { return static_cast<u32>(i); };
-    while (first < last) {
-        const i32 pivot = entries[at(first)].score;
-        i32 left = first + 1;
-        i32 right = last + 1;
-        while (left < right) {
-            if (entries[at(left)].score > pivot) {
-                ++left;
-            } else {
-                --right;
-                std::swap(entries[at(left)], entries[at(right)]);
-            }
-        }
-        std::swap(entries[at(first)], entries[at(left - 1)]);
-        sortByScore(list, first, left - 1);
-        first = right;
-    }
-}
-
 static void printScored(const MoveList& list) {
     for (i32 i = 0; i < list.count; ++i) {
         const ScoredMove& entry = list.entries[static_cast<u32>(i)];
@@ -156,7 +133,8 @@ static Next showCaptures(const char*) {
     printScored(captures);
     print("\n");
     if (captures.count > 1) {
-        sortByScore(captures, 0, captures.count - 1);
+        quicksort(captures.entries, 0, captures.count - 1,
+                  [](const ScoredMove& entry, const ScoredMove& pivot) { return entry.score > pivot.score; });
     }
     printScored(captures);
     return Next::nextLine;
@@ -164,41 +142,25 @@ static Next showCaptures(const char*) {
 
 // ---- evaluation -----------------------------------------------------------------------------------------------
 
-// Terms of evalTerms, by their place in each half.
-enum EvalTerm : u32 {
-    termPawn = 0,
-    termPst = 1,
-    termMaterial = 2,
-    termBishopPair = 3,
-    termKingSafety = 4,
-    termHangingKnight = 5,
-    termHangingBishop = 6,
-    termHangingRook = 7,
-    termHangingQueen = 8,
-    termOutpostKnight = 9,
-    termKnightSuperfluo = 10,
-    termCount = 11,
-};
-
 static void printTermRow(const char* label, i32 shownOwn, i32 shownEnemy, i32 difference) {
     print("%s:     %4i  |  %4i     |    %4i\n", label, shownOwn, shownEnemy, difference);
 }
 
 static void printTerm(const char* label, EvalTerm term) {
     const i32 own = evalTerms[term];
-    const i32 enemy = evalTerms[termCount + term];
+    const i32 enemy = evalTerms[evalTermCount + term];
     printTermRow(label, own, enemy, own - enemy);
 }
 
 /// Deliberate: the middle column shows the own material once more.
 static void printMaterialTerm() {
     const i32 own = evalTerms[termMaterial];
-    printTermRow("Materiale       ", own, own, own - evalTerms[termCount + termMaterial]);
+    printTermRow("Materiale       ", own, own, own - evalTerms[evalTermCount + termMaterial]);
 }
 
 static void printEasyValTerm() {
     const i32 own = evalTerms[termMaterial] + evalTerms[termPst];
-    const i32 enemy = evalTerms[termCount + termMaterial] + evalTerms[termCount + termPst];
+    const i32 enemy = evalTerms[evalTermCount + termMaterial] + evalTerms[evalTermCount + termPst];
     printTermRow("EasyVal         ", own, enemy, own - enemy);
 }
 
@@ -236,16 +198,19 @@ static Next showMaterialDraw(const char*) {
 
 // ---- sizes and keys -------------------------------------------------------------------------------------------
 
-/// Deliberate: fixed numbers, whatever the build.
+template <typename Record>
+constexpr i32 bytesOf = static_cast<i32>(sizeof(Record));
+
+/// Deliberate: what the system calls int and has no record for stands as a fixed number.
 static Next showRecordSizes(const char*) {
     print("Size of int:        %i byte\n", 4);
-    print("Size of ys_hash:    %i byte\n", 16);
-    print("Size of hashPawn:   %i byte\n", 24);
-    print("Size of Mossa:      %i byte\n", 4);
-    print("Size of uint64_t:   %i byte\n", 8);
+    print("Size of ys_hash:    %i byte\n", bytesOf<ys_hash>);
+    print("Size of hashPawn:   %i byte\n", bytesOf<hashPawn>);
+    print("Size of Mossa:      %i byte\n", bytesOf<Mossa>);
+    print("Size of uint64_t:   %i byte\n", bytesOf<u64>);
     print("\n");
     print("Size of bit_test:   %i byte\n", 1);
-    print("Size of Scacchiera: %i byte\n", 56);
+    print("Size of Scacchiera: %i byte\n", bytesOf<Scacchiera>);
     return Next::nextLine;
 }
 
@@ -259,7 +224,7 @@ static Next showIntSizes(const char*) {
 static Next showKeys(const char*) {
     print("#DEBUG New method  Hash key:           %" PRIx64 "\n", computeKey());
     print("#DEBUG Incremental Hash key:           %" PRIx64 "\n", board->hashKey);
-    print("#DEBUG Hash record size:               %d byte\n", 16);
+    print("#DEBUG Hash record size:               %d byte\n", bytesOf<ys_hash>);
     print("#DEBUG Hash records:                   %" PRId64 " \n",
           static_cast<i64>(EngineOptions.hashEntries));
     return Next::nextLine;

@@ -6,8 +6,6 @@
 
 #include <span>
 
-constexpr const char* configFileName = "tarvelmon.ini";
-
 // ---- command text ---------------------------------------------------------------------------------------------
 
 /// Whether `line` is `word` and nothing else, not even a blank behind it.

@@ -5,13 +5,14 @@
 #include "frontend/internal.h"
 #include "frontend/session.h"
 #include "frontend/thinking_lines.h"
+#include "frontend/version.h"
 #include "platform/platform.h"
 #include "platform/print.h"
 #include "platform/thread.h"
 
 static void printBanner() {
     print("tarvelmon chess engine by Ubaldo Merikossa\n");
-    print("version 0.12\n");
+    print("version %s\n", engineVersion);
     print("\n");
     print("enter 'console' for console mode...");
     flushOutput();

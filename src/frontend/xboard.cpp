@@ -8,6 +8,7 @@
 #include "frontend/internal.h"
 #include "frontend/session.h"
 #include "frontend/time_allocation.h"
+#include "frontend/version.h"
 #include "hash/hash.h"
 #include "platform/platform.h"
 #include "platform/print.h"
@@ -36,8 +37,8 @@ static bool lineIsReplay = false;
 static Next tellFeatures(const char*) {
     print(
         "feature ping=1 setboard=1 debug=1 playother=0 analyze=1 colors=0 usermove=1 memory=1 time=1 "
-        "reuse=0 myname=\"%s\" name=1 done=1\n",
-        "tarvelmon 0.12");
+        "reuse=0 myname=\"tarvelmon %s\" name=1 done=1\n",
+        engineVersion);
     return Next::nextLine;
 }
 

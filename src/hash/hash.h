@@ -36,7 +36,8 @@ void hashPrefetch(u64 key);
 i32 hashProbe(ys_hash& slotCopy, i32 depth, i32 alpha, i32 beta);
 /// Stores for the position at `board`. An exact value of lesser depth than the slot's is dropped; all else replaces.
 void hashStore(i32 depth, i32 value, HashBound bound, Mossa move);
-/// The move of an exact entry of the position at `board`, else 0.
+/// The move of an exact entry of the position at `board`, else 0. This and hashFilled are for inspection: the search
+/// does not use them.
 Mossa hashExactMove();
 /// Slots in use; walks the whole table.
 u64 hashFilled();
@@ -73,7 +74,19 @@ struct PawnHashKeys {
 [[nodiscard]] PawnHashKeys pawnHashKeys(TBB ownPawns, TBB enemyPawns, bool black);
 /// The slot that belongs to `key`; its `pawnKey` tells whether it is in it. Valid until the next pawnHashAlloc.
 [[nodiscard]] hashPawn& pawnHashSlot(u64 key);
-/// Slots in use; walks the whole table.
+/// Whether the slot holds the pawns of `key`: what pawnHashProbe asks.
+[[nodiscard]] inline bool holdsPawns(const hashPawn& slot, u64 key) {
+    return slot.pawnKey == key;
+}
+/// Writes the slot for the pawns of `key`, over whatever it held: what pawnHashStore does.
+inline void storePawns(hashPawn& slot, u64 key, i16 pawnScore, TBB passedPawns, u8 healthyPawns) {
+    slot.pawnKey = key;
+    slot.passedPawns = passedPawns;
+    slot.pawnScore = pawnScore;
+    slot.healthyPawns = healthyPawns;
+}
+/// Slots in use; walks the whole table. For inspection, as pawnHashProbe and pawnHashStore: the evaluation keeps the
+/// slots of both views and goes through holdsPawns and storePawns.
 u64 pawnHashFilled();
 /// Empties the pawn hash. For tests and benchmarks alone: play never clears it.
 void pawnHashClear();

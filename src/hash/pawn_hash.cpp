@@ -73,16 +73,12 @@ hashPawn& pawnHashSlot(u64 key) {
 i32 pawnHashProbe(hashPawn& recordCopy) {
     const u64 key = keyAtBoard();
     recordCopy = pawnHashSlot(key);
-    return recordCopy.pawnKey == key ? static_cast<u16>(recordCopy.pawnScore) : PAWN_HASH_MISS;
+    return holdsPawns(recordCopy, key) ? static_cast<u16>(recordCopy.pawnScore) : PAWN_HASH_MISS;
 }
 
 void pawnHashStore(i16 pawnScore, TBB passedPawns, u8 healthyPawns) {
     const u64 key = keyAtBoard();
-    hashPawn& slot = pawnHashSlot(key);
-    slot.pawnKey = key;
-    slot.passedPawns = passedPawns;
-    slot.pawnScore = pawnScore;
-    slot.healthyPawns = healthyPawns;
+    storePawns(pawnHashSlot(key), key, pawnScore, passedPawns, healthyPawns);
 }
 
 u64 pawnHashFilled() {

@@ -1,4 +1,5 @@
-// What the files of the search share: the recursive functions and their scale of scores.
+// What the files of the search share: the recursive functions and their scale of scores, of which the tablebases own
+// TB_WIN.
 #pragma once
 
 #include "board/board.h"
@@ -7,7 +8,6 @@
 
 constexpr i32 INFINITE = 32000;  // the widest bound
 constexpr i32 MATE = 20000;      // mateScore at the root, one less at each ply
-constexpr i32 TB_WIN = 10000;    // a win by the tablebases, at any distance
 
 /// Plies of one line before quiescence takes over; killers have no more.
 constexpr i32 plyLimit = killerPlies;
@@ -65,11 +65,10 @@ i16 quiescenceGuard(i16 qDepth, i16 alpha, i16 beta, i16 mateScore, i16 tbMen, T
 
 /// Puts `move` and the line under it into `pv`, stale words too.
 inline void copyLine(PvLine& pv, Mossa move, const PvLine& childLine) {
-    constexpr i32 lineWords = 64;
     pv.argmove[0] = move;
-    for (i32 i = 1; i < lineWords; ++i) {
+    for (i32 i = 1; i < lineMax; ++i) {
         pv.argmove[i] = childLine.argmove[i - 1];
     }
     // Extensions and restarted plies make lines longer than the words that hold them.
-    pv.count = childLine.count < lineWords ? childLine.count + 1 : lineWords;
+    pv.count = childLine.count < lineMax ? childLine.count + 1 : lineMax;
 }

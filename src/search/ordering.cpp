@@ -1,6 +1,8 @@
 // Operations on move lists, and the tables behind the order of quiet moves. No list is sorted inside the tree.
 #include "search/ordering.h"
 
+#include "search/quicksort.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -74,22 +76,6 @@ bool isPseudoLegal(Mossa move) {
         return false;
     }
     switch (kind) {
-        case MOVE_PAWN:
-        case MOVE_KNIGHT:
-        case MOVE_BISHOP:
-        case MOVE_ROOK:
-        case MOVE_QUEEN:
-        case MOVE_KING:
-        case PROMO:
-            return toEmpty;
-        case CAPT_PAWN:
-        case CAPT_KNIGHT:
-        case CAPT_BISHOP:
-        case CAPT_ROOK:
-        case CAPT_QUEEN:
-        case CAPT_KING:
-        case PROMO_CAPT:
-            return toVictim;
         case CASTLE_SHORT:
             return toEmpty && (b.castleRights & OWN_SHORT) != 0;
         case CASTLE_LONG:
@@ -97,7 +83,7 @@ bool isPseudoLegal(Mossa move) {
         case EN_PASSANT:
             return toEmpty && (to >> 8 & pawns(b) & ~b.side) != 0 && (moveTo(move) & 7) == b.epFile;
         default:
-            return false;
+            return isMoveKind(kind) && ((kind & 8) != 0 ? toVictim : toEmpty);
     }
 }
 
@@ -106,27 +92,6 @@ void rootMoves(RootList& list, i32& count) {
     legalMoves(legal, count);
     for (i32 i = 0; i < count; ++i) {
         list[i].move = legal[i];
-    }
-}
-
-// Equal keys go to the right of the pivot; the order in which equals end is part of the engine's play.
-template <typename Before>
-static void quicksort(RootList& list, i32 first, i32 last, Before before) {
-    while (first < last) {
-        const RootMove pivot = list[first];
-        i32 left = first + 1;
-        i32 right = last + 1;
-        while (left < right) {
-            if (before(list[left], pivot)) {
-                ++left;
-            } else {
-                --right;
-                std::swap(list[left], list[right]);
-            }
-        }
-        std::swap(list[first], list[left - 1]);
-        quicksort(list, first, left - 1, before);
-        first = right;
     }
 }
 

@@ -14,10 +14,13 @@ struct SearchInfoRecord {
 };
 extern SearchInfoRecord SearchInfo;
 
+/// Words of a line: as many as a search has depths.
+constexpr i32 lineMax = 64;
+
 /// A line of moves under a node; words beyond `count` are stale.
 struct PvLine {
     i32 count;
-    std::array<u32, 64> argmove;
+    std::array<u32, lineMax> argmove;
 };
 
 /// The line of the root: argmove[0] is the best move, argmove[1] the expected reply. Written by rootSearch.

@@ -5,6 +5,7 @@
 
 #include "hash/random64.h"
 #include "platform/print.h"
+#include "platform/split_mix.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -31,11 +32,7 @@ static constexpr std::array<u64, 1024> makeMaterialKeyTable() {
     std::copy(Random64.begin(), Random64.end(), table.begin());
     u64 state = 0;
     for (std::size_t i = Random64.size(); i < table.size(); ++i) {
-        state += 0x9E3779B97F4A7C15ULL;
-        u64 z = state;
-        z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9ULL;
-        z = (z ^ (z >> 27)) * 0x94D049BB133111EBULL;
-        table[i] = z ^ (z >> 31);
+        table[i] = splitMix64(state);
     }
     return table;
 }

@@ -5,8 +5,7 @@
 
 #include <algorithm>
 
-constexpr i32 tbWinScore = 10000;     // centipawns
-constexpr i32 tbSpoiledWinScore = 2;  // deliberate: no grading by how close the limit is
+constexpr i32 tbSpoiledWinScore = 2;  // centipawns; deliberate: no grading by how close the limit is
 constexpr i32 rule50Plies = 100;
 constexpr i32 noRank = 65535;
 constexpr i32 fourthOccurrence = 3;  // repetition count, from 0
@@ -43,10 +42,10 @@ static i32 rankOfPosition(i32 rootDtz, i32& success) {
 
 static i32 scoreOfRoot(i32 dtz, i32 rootRule50) {
     if (dtz > 0) {
-        return dtz + rootRule50 <= rule50Plies ? tbWinScore : tbSpoiledWinScore;
+        return dtz + rootRule50 <= rule50Plies ? TB_WIN : tbSpoiledWinScore;
     }
     if (dtz < 0) {
-        return rootRule50 - dtz <= rule50Plies ? -tbWinScore : -tbSpoiledWinScore;
+        return rootRule50 - dtz <= rule50Plies ? -TB_WIN : -tbSpoiledWinScore;
     }
     return 0;
 }

@@ -25,11 +25,11 @@ static constexpr i32 diagonalMirror(i32 square) {
     return fileOf(square) * 8 + rankOf(square);
 }
 
-using SquareTable = std::array<u8, 64>;
+using SquareNumbers = std::array<u8, 64>;
 
 template <typename Rule>
-static consteval SquareTable bySquare(Rule rule) {
-    SquareTable table{};
+static consteval SquareNumbers bySquare(Rule rule) {
+    SquareNumbers table{};
     for (i32 square = 0; square < 64; ++square) {
         table[square] = static_cast<u8>(rule(square));
     }
@@ -39,7 +39,7 @@ static consteval SquareTable bySquare(Rule rule) {
 // The squares to which a first man is folded, by class: off the diagonal a1-h8, then on it.
 static constexpr std::array<u8, 10> triangleSquares = {1, 2, 3, 10, 11, 19, 0, 9, 18, 27};
 
-static constexpr SquareTable triangleClass = bySquare([](i32 square) {
+static constexpr SquareNumbers triangleClass = bySquare([](i32 square) {
     const i32 file = foldFile[fileOf(square)];
     const i32 rank = foldFile[rankOf(square)];
     const i32 folded = std::min(file, rank) * 8 + std::max(file, rank);
@@ -49,7 +49,7 @@ static_assert(triangleClass[0] == 6 && triangleClass[4] == 2 && triangleClass[26
               triangleClass[36] == 9);
 
 // Below the diagonal 0 to 27 by rising square, above it as the mirror, on it 28 to 35.
-static constexpr SquareTable lowerIndex = bySquare([](i32 square) {
+static constexpr SquareNumbers lowerIndex = bySquare([](i32 square) {
     if (diagonalSide(square) == 0) {
         return 28 + fileOf(square);
     }
@@ -63,7 +63,7 @@ static constexpr SquareTable lowerIndex = bySquare([](i32 square) {
 static_assert(lowerIndex[7] == 6 && lowerIndex[10] == 7 && lowerIndex[55] == 27 && lowerIndex[62] == 27);
 
 // Along the two long diagonals: a1 to h8, then h1 to a8.
-static constexpr SquareTable diagonalIndex = bySquare([](i32 square) {
+static constexpr SquareNumbers diagonalIndex = bySquare([](i32 square) {
     if (fileOf(square) == rankOf(square)) {
         return fileOf(square);
     }
@@ -76,13 +76,13 @@ static constexpr bool pawnMayStand(i32 square) {
 }
 
 // The pawn with the lowest number leads.
-static constexpr SquareTable leadPawnOrder = bySquare(
+static constexpr SquareNumbers leadPawnOrder = bySquare(
     [](i32 square) { return pawnMayStand(square) ? 6 * foldFile[fileOf(square)] + rankOf(square) - 1 : 0; });
 static_assert(leadPawnOrder[8] == 0 && leadPawnOrder[48] == 5 && leadPawnOrder[51] == 23 &&
               leadPawnOrder[15] == 0);
 
 // 47 on a2 down to 0 on e7: outer files first, each pair of files upwards, the left one of a pair higher.
-static constexpr SquareTable pawnRankOrder = bySquare([](i32 square) {
+static constexpr SquareNumbers pawnRankOrder = bySquare([](i32 square) {
     if (!pawnMayStand(square)) {
         return 0;
     }

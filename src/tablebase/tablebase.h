@@ -7,6 +7,9 @@
 /// Most men of a position that is probed. Tables hold one less, to which a capture may lead.
 constexpr i32 probeMenMax = 7;
 
+/// Score of a win by the tablebases at any distance, centipawns.
+constexpr i32 TB_WIN = 10000;
+
 /// Finds out which tables exist in the directory `path` (or those named by RTBWDIR and RTBZDIR) and prints their
 /// number. Opens no table for reading. Ends the process with status 1 when a limit of the registry is passed.
 void tbInit(const char* path);

@@ -33,16 +33,6 @@ TEST(Evaluate, DoesNotWriteTheBreakdownForTheConsole) {
     evalTerms.fill(0);
 }
 
-TEST(Evaluate, MaterialOnlyIsTheKeptScoreAndTheDeadDrawTest) {
-    evalMaterialOnly = true;
-    setUp("K7/8/8/8/8/k7/7q/1R4nn w - - 0 1");
-    EXPECT_EQ(evaluate(), board->psqScore);
-    EXPECT_EQ(EngineOptions.kingDanger, 0);
-    setUp("8/8/8/8/4k3/8/8/KN6 w - - 0 1");
-    EXPECT_EQ(i32{evaluate()}, 0);
-    evalMaterialOnly = false;
-}
-
 // Boards that only text from outside can set up: a value comes out, nothing is read or written out of place.
 constexpr const char* hostileBoards[] = {
     "8/8/8/8/8/8/8/8 w - - 0 1",
