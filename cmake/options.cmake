@@ -36,6 +36,12 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 include(CheckPIESupported)
 check_pie_supported()
 
+# Every record that is made is compared with its key and score from scratch. Asserts do the work.
+if(TARVELMON_CHECK_RECORDS)
+  target_compile_definitions(tarvelmon-options INTERFACE TARVELMON_CHECK_RECORDS)
+  target_compile_options(tarvelmon-options INTERFACE -UNDEBUG)
+endif()
+
 if(TARVELMON_SANITIZE)
   # Checked subscripts of the standard containers catch what the sanitizers cannot see: a step from one field of a
   # record into the next. Low optimisation keeps the build short; it comes behind the build type's own level.

@@ -111,6 +111,14 @@ extern std::array<Scacchiera, gameRecordsMax + searchRecordsMax + 64> boardStack
 /// The current record. Making a move steps it up; `--board` takes a move back.
 extern Scacchiera* board;
 
+/// Whether `board` is on the stack and its flags have values that a record may have: what everybody who takes the
+/// position at `board` may assume.
+[[nodiscard]] inline bool boardIsRecord() {
+    constexpr i32 allRights = OWN_LONG | OWN_SHORT | OPPONENT_LONG | OPPONENT_SHORT;
+    return board >= boardStack.data() && board < boardStack.data() + boardStack.size() &&
+           (board->castleRights & ~allRights) == 0 && board->epFile <= noEpFile;
+}
+
 // ---- moves ----------------------------------------------------------------------------------------------------
 
 /// A move by bytes, lowest first: kind, from, to, promo. Squares are in the mover's frame. 0 is no move.

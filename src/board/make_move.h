@@ -11,6 +11,12 @@
 
 #include <algorithm>
 
+#ifdef TARVELMON_CHECK_RECORDS
+constexpr bool recordsAreChecked = true;
+#else
+constexpr bool recordsAreChecked = false;
+#endif
+
 /// Kinds of make: with key and score, or the men alone.
 enum class MakeDepth : u8 { full, light };
 
@@ -47,6 +53,12 @@ struct MenOfMove {
 [[nodiscard]] inline MoveParts plainPartsOf(Mossa move) {
     return {moveKind(move) & 7, moveFrom(move) & 63, moveTo(move) & 63, 0};
 }
+
+/// Asserts that the record at `board`, just made in full by `move`, has the key and the score that its men have. Not
+/// asked where the record below has others itself (newGame keeps a score), where its board is none of a game (no king,
+/// several, damaged by the text that set it up), and where the move does not fit the men: there key and score go their
+/// own way.
+void checkRecord(const MoveParts& move);
 
 namespace node {
 
@@ -317,6 +329,9 @@ template <MakeDepth How>
         next.stateFlags = static_cast<u8>(colour | repetitions);
     }
     ++board;
+    if constexpr (How == MakeDepth::full && recordsAreChecked) {
+        checkRecord(move);
+    }
 }
 
 }  // namespace node

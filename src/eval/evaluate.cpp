@@ -95,6 +95,7 @@ static PawnPlaces findPawnPlaces(const Scacchiera& b) {
 }
 
 i16 evaluate() {
+    assert(boardIsRecord());
     if (sufficientMaterial() == 0) {
         return 0;
     }

@@ -197,6 +197,7 @@ i32 hashProbe(ys_hash& slotCopy, i32 depth, i32 alpha, i32 beta) {
 }
 
 void hashStore(i32 depth, i32 value, HashBound bound, Mossa move) {
+    assert(boardIsRecord() && value == wrap16(value) && bound <= HASH_LOWER && (move & generationBits) == 0);
     const u64 index = slotIndex(board->hashKey);
     const ys_hash slot = readSlot(index);
     if (bound == HASH_EXACT && depth < slot.depth) {

@@ -47,6 +47,7 @@ i16 searchNode(i16 depth, i16 ply, i16 alpha, i16 beta, PvLine& pv, i16 mateScor
 /// Settles the position at `board` by captures, promotions, some checks and all evasions. May return values outside
 /// the window, which itself may be inverted below a node in check.
 /// qDepth  0 from search, one less at each level
+/// The search itself goes in by quiescenceGuard; this is the way in where neither draw nor stop is to be looked at.
 i16 quiescence(i16 qDepth, i16 alpha, i16 beta, i16 mateScore, i16 tbMen);
 
 /// The way into quiescence: draws by rule and stops first.

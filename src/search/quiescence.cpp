@@ -126,6 +126,7 @@ static bool captureCutsOff(QuietNode& node, MoveList& captures) {
 }
 
 static i16 settle(i16 qDepth, i16 alpha, i16 beta, i16 mateScore, i16 tbMen, TBB checkers) {
+    assert(boardIsRecord() && qDepth <= 0 && checkers == inCheck());
     QuietNode node;
     node.qDepth = qDepth;
     node.beta = beta;

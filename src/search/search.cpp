@@ -2,8 +2,8 @@
 // a node in their order, each is a function above it. Mate distance travels as an argument, and the bound of the hash
 // slot, be it another position's, decides which pruning may run.
 #include "board/board.h"
-#include "board/node_checks.h"
 #include "board/make_move.h"
+#include "board/node_checks.h"
 #include "eval/eval.h"
 #include "frontend/frontend.h"
 #include "hash/hash.h"
@@ -374,6 +374,7 @@ static void enterNode(SearchNode& node, TBB checkers) {
 
 i16 searchNode(i16 depth, i16 ply, i16 alpha, i16 beta, PvLine& pv, i16 mateScore, i32 allowNull,
                i32 extendedLine, i16 tbMen, TBB checkers) {
+    assert(boardIsRecord() && depth >= 0 && ply >= 0 && alpha < beta && checkers == inCheck());
     if (drawnByRule(checkers)) {
         return 0;
     }

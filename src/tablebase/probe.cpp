@@ -19,6 +19,7 @@ static bool makeLegal(Mossa move) {
 }
 
 i32 probeCaptures(i32 alpha, i32 beta, i32& success) {
+    assert(boardIsRecord() && alpha >= -2 && alpha < beta && beta <= 2);
     if (!mayBeProbed(*board)) {
         success = 0;
         return 0;

@@ -106,6 +106,7 @@ static void filterDrawn(RootList& rootList, i32& rootCount) {
 }
 
 i32 rootProbe(RootList& rootList, i32& rootCount, i32& tbScore, i32& dtz) {
+    assert(boardIsRecord() && rootCount >= 0 && rootCount <= moveCapacity);
     i32 success = 0;
     dtz = probeDtz(success);
     if (success == 0) {

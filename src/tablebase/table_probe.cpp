@@ -143,6 +143,7 @@ static i32 storedWdl(const tbEntry& entry, const ProbeFrame& frame) {
 }
 
 i32 probeWdlTable(i32& success) {
+    assert(mayBeProbed(*board) || popCount(occupied(*board)) > tbMenMax);
     if (occupied(*board) == kings(*board)) {
         return 0;
     }
@@ -187,6 +188,7 @@ static i32 dtzOfStored(const dtzEntry& entry, const DtzFile& group, i32 wdl, i32
 }
 
 i32 probeDtzTable(i32 wdl, i32& success) {
+    assert(mayBeProbed(*board) && wdl >= -2 && wdl <= 2 && wdl != 0);
     const u64 key = materialKeyOfPosition(0);
     const dtzEntry* entry = dtzEntryOf(key);
     if (entry == nullptr) {
