@@ -10,14 +10,6 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
-#include <ctime>
-
-i32 nowMs() {
-    timespec now{};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    const u64 ms = static_cast<u64>(now.tv_sec) * 1000 + static_cast<u64>(now.tv_nsec) / 1'000'000;
-    return static_cast<i32>(static_cast<u32>(ms));
-}
 
 // A pipe without a writer would block the open for ever; without blocking it opens, and is then refused.
 static i32 openRegular(const char* path, struct stat& status) {

@@ -14,17 +14,6 @@
 #include <cstdlib>
 #include <cstring>
 
-// The system's tick count moves in steps of up to 16 ms, too coarse for a fast game.
-i32 nowMs() {
-    LARGE_INTEGER frequency{};
-    LARGE_INTEGER count{};
-    QueryPerformanceFrequency(&frequency);
-    QueryPerformanceCounter(&count);
-    const i64 seconds = count.QuadPart / frequency.QuadPart;
-    const i64 rest = count.QuadPart % frequency.QuadPart;
-    return static_cast<i32>(static_cast<u32>(seconds * 1000 + rest * 1000 / frequency.QuadPart));
-}
-
 static bool isRegularFile(const char* path) {
     const DWORD attributes = GetFileAttributesA(path);
     if (attributes == INVALID_FILE_ATTRIBUTES) {

@@ -1,4 +1,4 @@
-// What the tests of the front end share: default settings, positions, captured output.
+// What the tests of the front end share: default settings, positions, a clock that stands still, captured output.
 #pragma once
 
 #include "board/board.h"
@@ -6,12 +6,14 @@
 #include "frontend/frontend.h"
 #include "frontend/session.h"
 #include "platform/print.h"
+#include "support/manual_clock.h"
 
 #include <gtest/gtest.h>
 #include <string>
 
 /// All settings and clocks as after a start without a configuration file; the start position.
 inline void setDefaults() {
+    resetManualClock();
     EngineOptions.stopSearch = 0;
     EngineOptions.gameOver = 0;
     EngineOptions.ponder = 0;

@@ -6,8 +6,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cstring>
+#include <ctime>
 #include <fstream>
 #include <unordered_map>
 #include <vector>
@@ -378,7 +378,7 @@ TEST_F(TranspositionTable, ClearsOfTheDefaultTableCostNeitherTimeNorMemory) {
         GTEST_SKIP() << "no 4 GB of addresses here";
     }
     const u64 before = residentBytes();
-    const auto start = std::chrono::steady_clock::now();
+    const std::clock_t start = std::clock();
     for (i32 i = 0; i < clears; ++i) {
         hashClear(defaultEntries);
         for (u64 n = 0; n < 1000; ++n) {
@@ -386,8 +386,9 @@ TEST_F(TranspositionTable, ClearsOfTheDefaultTableCostNeitherTimeNorMemory) {
         }
         storeAt(keyNumber(static_cast<u64>(i)), 1, 1, HASH_EXACT, 0);
     }
-    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
-    EXPECT_LT(elapsed.count(), 2.0) << "200 clears must take milliseconds each at most";
+    // Writing to all of it takes half a minute and more.
+    const double seconds = static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
+    EXPECT_LT(seconds, 10.0) << "of the processor: a clear takes milliseconds";
     EXPECT_LT(residentBytes(), before + memoryLimit);
 }
 

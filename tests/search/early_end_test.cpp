@@ -15,13 +15,15 @@ struct ClockCase {
 
 constexpr ClockCase clockCases[] = {
     {"both far", 1024, 50, 720000, 720000, false},
-    {"past the budget", 1024, 200, 720000, 100, true},
-    {"past the hard bound", 1024, 200, 100, 720000, true},
+    {"at both", 1024, 100, 100, 100, false},
+    {"past the budget", 1024, 101, 720000, 100, true},
+    {"past the hard bound", 1024, 101, 100, 720000, true},
     {"past both, but not polled", 1025, 200, 100, 100, false},
     {"not polled in between", 1536, 200, 100, 100, false},
     {"polled at 0", 0, 200, 100, 100, true},
     {"polled at 2048", 2048, 200, 100, 100, true},
-    {"a budget of 0 with time gone", 1024, 5, 720000, 0, true},
+    {"a budget of 0 and no time gone", 1024, 0, 720000, 0, false},
+    {"a budget of 0 with time gone", 1024, 1, 720000, 0, true},
     {"a negative budget", 1024, 0, 720000, -1, true},
 };
 
@@ -32,7 +34,7 @@ TEST(TimeIsUp, IsAskedOnceIn1024NodesAndStopsTheSearch) {
         SearchInfo.nodes = c.nodes;
         TimeControl.moveTime = c.moveTime;
         TimeControl.allocatedTime = c.allocatedTime;
-        EngineOptions.searchStartMs = nowMs() - c.elapsed * 10;
+        EngineOptions.searchStartMs = ManualClock.ms - c.elapsed * 10;
         EXPECT_EQ(timeIsUp(), c.isUp);
         EXPECT_EQ(EngineOptions.stopSearch, c.isUp ? 1 : 0);
     }

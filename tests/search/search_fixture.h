@@ -1,4 +1,5 @@
-// A fresh state for each test of the search: new game, empty tables, no clock, nothing printed unless captured.
+// A fresh state for each test of the search: new game, empty tables, a clock that stands still, nothing printed unless
+// captured.
 #pragma once
 
 #include "board/board.h"
@@ -8,6 +9,7 @@
 #include "platform/platform.h"
 #include "search/ordering.h"
 #include "search/search_info.h"
+#include "support/manual_clock.h"
 
 #include <gtest/gtest.h>
 
@@ -33,6 +35,7 @@ inline void allocateTestTables() {
 }
 
 inline void resetClock() {
+    resetManualClock();
     TimeControl.moveTime = twoHours;
     TimeControl.allocatedTime = twoHours;
     EngineOptions.searchStartMs = nowMs();

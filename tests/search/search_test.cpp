@@ -130,7 +130,7 @@ TEST(Search, AStoredCutOffWinsOverAStop) {
 TEST(Search, TheClockStopsANode) {
     setUpFreshState(middleGameFen);
     TimeControl.allocatedTime = 10;
-    EngineOptions.searchStartMs = nowMs() - 1000;
+    EngineOptions.searchStartMs = ManualClock.ms - 1000;
     SearchInfo.nodes = 1024;
     EXPECT_EQ(run({}), 1);
     EXPECT_EQ(EngineOptions.stopSearch, 1);

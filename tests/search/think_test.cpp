@@ -240,25 +240,27 @@ i32 depthReached(i32 elapsed, i32 allocatedTime) {
         "8/8/8/3k4/8/3P4/3K4/8 w - - 0 1");  // a thousand nodes at most: the search itself polls nothing
     EngineOptions.maxDepth = 3;
     TimeControl.allocatedTime = allocatedTime;
-    EngineOptions.searchStartMs = nowMs() - elapsed * 10;
+    EngineOptions.searchStartMs = ManualClock.ms - elapsed * 10;
     thinkHere();
     return SearchInfo.iterationDepth;
 }
 
 TEST(Think, NoDepthBeginsInTheSecondHalfOfTheBudget) {
-    EXPECT_EQ(depthReached(600, 1000), 1) << "the first has an open window";
+    EXPECT_EQ(depthReached(501, 1000), 1) << "the first has an open window";
     EXPECT_EQ(EngineOptions.stopSearch, 1);
-    EXPECT_EQ(depthReached(400, 1000), 3) << "less than half";
+    EXPECT_EQ(depthReached(1000, 1000), 1) << "the last hundredth";
+    EXPECT_EQ(EngineOptions.stopSearch, 1);
+    EXPECT_EQ(depthReached(500, 1000), 3) << "half is not more than half";
     EXPECT_EQ(EngineOptions.stopSearch, 0);
 }
 
 TEST(Think, InTheFirstSecondEveryDepthBegins) {
-    EXPECT_EQ(depthReached(60, 110), 3);
-    EXPECT_EQ(depthReached(110, 150), 1);
+    EXPECT_EQ(depthReached(100, 110), 3);
+    EXPECT_EQ(depthReached(101, 110), 1);
 }
 
 TEST(Think, BeyondTheBudgetThisTestIsSilent) {
-    EXPECT_EQ(depthReached(1500, 1000), 3)
+    EXPECT_EQ(depthReached(1001, 1000), 3)
         << "the quotient is 0; the search's own clock test ends such a search";
 }
 
@@ -269,12 +271,12 @@ TEST(Think, LongElapsedTimesAreNotCutTo16Bits) {
 TEST(Think, TheClockEndsASearchThatHasADepthToItself) {
     setUpFreshState(middleGameFen);
     TimeControl.allocatedTime = 20;
-    const i32 start = nowMs();
-    EngineOptions.searchStartMs = start;
+    const LooksTakeTime slowly(1);
     const Thought thought = thinkHere();
     EXPECT_NE(thought.move, 0U);
-    EXPECT_LT(elapsedMs(start), 5000);
     EXPECT_EQ(EngineOptions.stopSearch, 1);
+    EXPECT_EQ(elapsedMs(EngineOptions.searchStartMs), 211)
+        << "the look that found 21 hundredths was the last";
     ASSERT_FALSE(thought.lines.empty());
     EXPECT_LT(number(thought.lines.back(), 0), SearchInfo.iterationDepth) << "the aborted depth is not shown";
 }
@@ -304,10 +306,9 @@ TEST(Think, EndsOnBoardsWhoseScoresPassTheOpenWindow) {
         setUpFreshState(fen);
         EngineOptions.maxDepth = 3;
         TimeControl.allocatedTime = 300;
-        const i32 start = nowMs();
-        EngineOptions.searchStartMs = start;
+        const LooksTakeTime slowly(10);
         thinkHere();
-        EXPECT_LT(elapsedMs(start), 30000);
+        EXPECT_LE(elapsedMs(EngineOptions.searchStartMs), 3020);
         EXPECT_EQ(board, boardStack.data());
     }
 }
@@ -319,10 +320,13 @@ TEST(Think, ExtremeDepthLimitsEndByTheClock) {
         EngineOptions.minDepth = minDepth;
         EngineOptions.maxDepth = 2147483647;
         TimeControl.allocatedTime = 15;
-        const i32 start = nowMs();
-        EngineOptions.searchStartMs = start;
+        const LooksTakeTime slowly(10);
         thinkHere();
-        EXPECT_LT(elapsedMs(start), 20000);
+        EXPECT_EQ(EngineOptions.stopSearch, 1);
+        // The depths below 1 are too short for the search's own look: a few looks each, ahead of it and for its line.
+        const i32 depths = SearchInfo.iterationDepth - wrap16(minDepth) + 1;
+        EXPECT_LE(ManualClock.looks, 4 * depths + 20);
+        EXPECT_LT(depths, minDepth == 40000 ? 25560 : minDepth == -70000 ? 4490 : 20);
     }
 }
 
