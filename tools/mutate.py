@@ -110,7 +110,7 @@ class Runner:
         self.environment.update(
             TARVELMON=str(self.build_folder / "tarvelmon"), TARVELMON_SANITIZE=sanitizers, TARVELMON_PATIENCE="30",
             TARVELMON_BOOK=str(self.build_folder / "tools" / "book" / "tarvelmon-book"),
-            TARVELMON_SLOW_CLOCK="" if sanitizers else str(self.build_folder / "tests" / "libslow_clock.so"),
+            TARVELMON_DRIVEN_CLOCK="" if sanitizers else str(self.build_folder / "tests" / "libdriven_clock.so"),
             ASAN_OPTIONS="detect_stack_use_after_return=0")
 
     def prepare(self):
@@ -124,7 +124,7 @@ class Runner:
                                     stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
         if configured.returncode != 0:
             fail(configured.stdout.decode(errors="replace"))
-        targets = ["tarvelmon", "tarvelmon-book"] + ([] if self.sanitizers else ["slow_clock"])
+        targets = ["tarvelmon", "tarvelmon-book"] + ([] if self.sanitizers else ["driven_clock"])
         if not self.build(self.test_targets() + targets, keep=True):
             fail("the source does not build unchanged:\n" + self.words())
         self.unchanged = self.engine()

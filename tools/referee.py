@@ -38,10 +38,12 @@ RESULT_LINE = re.compile(r"(1-0|0-1|1/2-1/2)\b")
 BUDGET_LINE = re.compile(r"#(?:DEBUG)? moves: (-?\d+) move speed: (-?\d+) +allocated time: (-?\d+)$")
 BEST_MOVE_LINE = re.compile(r"bestmove (\S+)(?: ponder (\S+))?$")
 COMPANION = "tarvelmon-gui"
-# An engine that has neither moved nor lost on time after its clock ran out this long ago hangs.
-STALL_SECONDS = 15.0
-# A result line that is due comes at once; a machine under load may take its time.
-RESULT_SECONDS = 10.0
+# How long to wait for what is due at once; a machine under load may take its time. An engine that has neither moved nor
+# lost on time after its clock ran out this long ago hangs.
+STALL_SECONDS = 60.0
+RESULT_SECONDS = 60.0
+START_SECONDS = 60.0
+END_SECONDS = 60.0
 
 
 class Fault(Exception):
@@ -124,7 +126,11 @@ class EngineProcess:
     def interrupt(self):
         self.process.send_signal(signal.SIGINT)
 
-    def close(self, seconds=15.0):
+    def processor_seconds(self):
+        """What all threads of the process have used so far (Linux)."""
+        return time.clock_gettime(~self.process.pid << 3 | 2)
+
+    def close(self, seconds=END_SECONDS):
         """Says quit, closes the pipe, and returns the exit status; None if the process had to be killed."""
         self.send("quit")
         try:
@@ -142,7 +148,18 @@ class EngineProcess:
         return status
 
 
-class EnginePlayer:
+class ClockedPlayer:
+    """An engine whose time is taken, by the clock on the wall or by what it uses of the processor."""
+
+    def _moment(self):
+        return self.engine.processor_seconds() if self.options.processor_time else time.monotonic()
+
+    def seconds_used(self, begun, moment):
+        """From what start_thinking returned to the move that came at `moment` on the wall."""
+        return max(0.0, (self.engine.processor_seconds() if self.options.processor_time else moment) - begun)
+
+
+class EnginePlayer(ClockedPlayer):
     """An engine as one side of a game, by the xboard protocol."""
 
     def __init__(self, command, folder, options, is_first=True):
@@ -164,7 +181,7 @@ class EnginePlayer:
     def _negotiate(self):
         self.engine.send("xboard")
         self.engine.send("protover 2")
-        end = time.monotonic() + 10.0
+        end = time.monotonic() + START_SECONDS
         while True:
             try:
                 _, line = self.engine.receive(end - time.monotonic())
@@ -204,12 +221,12 @@ class EnginePlayer:
         self.budget = None
         self._command(f"time {int(own_clock * 100)}")
         self._command(f"otim {int(other_clock * 100)}")
-        moment = time.monotonic()
+        moment = self._moment()
         if opponent_move is not None:
             self.tell_move(opponent_move)
         if not self.started:
             self.started = True
-            moment = time.monotonic()
+            moment = self._moment()
             self._command("go")
         return moment
 
@@ -255,7 +272,7 @@ class EnginePlayer:
             raise Fault(self, "wrote to standard error: " + self.engine.error_output[0])
 
 
-class UciPlayer:
+class UciPlayer(ClockedPlayer):
     """An engine as one side of a game, by UCI."""
 
     announces = False
@@ -278,7 +295,7 @@ class UciPlayer:
     def _ask(self, line, answer):
         """Sends a line and waits for its answer; a name on the way is kept."""
         self.engine.send(line)
-        end = time.monotonic() + 10.0
+        end = time.monotonic() + START_SECONDS
         while True:
             try:
                 _, said = self.engine.receive(end - time.monotonic())
@@ -314,7 +331,7 @@ class UciPlayer:
             self.moves.append(opponent_move)
         self.is_white = len(self.moves) % 2 == 0
         self.clocks = [own_clock, other_clock]
-        moment = time.monotonic()
+        moment = self._moment()
         self.begun = moment
         if self.expected is not None and self.expected == opponent_move:
             self.expected = None
@@ -324,7 +341,7 @@ class UciPlayer:
         if self.expected is not None:
             self.expected = None
             self.engine.send("stop")
-            self._best_move(5.0)
+            self._best_move(RESULT_SECONDS)
         self._send_position(self.moves)
         self.engine.send("go " + self._clock_words())
         return moment
@@ -366,7 +383,7 @@ class UciPlayer:
             raise Fault(self, f"expects the illegal move {reply} in {game.position.fen()}")
         self.expected = reply
         self.ponder_searches += 1
-        self.clocks[0] += self.increment - max(0.0, moment - self.begun)
+        self.clocks[0] += self.increment - self.seconds_used(self.begun, moment)
         self._send_position(self.moves + [reply])
         self.engine.send("go ponder " + self._clock_words())
 
@@ -407,6 +424,9 @@ class RandomPlayer:
         self.reply = self.random.choice(sorted(game.position.legal_moves()))
         return time.monotonic()
 
+    def seconds_used(self, begun, moment):
+        return max(0.0, moment - begun)
+
     def next_event(self, seconds):
         reply, self.reply = self.reply, None
         return ("move", time.monotonic(), reply) if reply else None
@@ -428,7 +448,7 @@ class Options:
     """How the games are played."""
 
     def __init__(self, seconds=10.0, increment=0.1, ponder="none", opening_plies=6, max_plies=400, ini="", seed=1,
-                 sigint=False, margin=0.0, depth=0):
+                 sigint=False, margin=0.0, depth=0, processor_time=False):
         self.seconds = seconds
         self.increment = increment
         self.ponder = ponder
@@ -439,6 +459,9 @@ class Options:
         self.sigint = sigint
         self.margin = margin
         self.depth = depth
+        # The clocks count what the engines use of the processor, whose own clock has to do so too; for games without
+        # thinking on the opponent's time.
+        self.processor_time = processor_time
 
     def ponders(self, player):
         return (self.ponder == "both" or (self.ponder == "first" and player.is_first)
@@ -499,7 +522,7 @@ class Match:
         kind, moment, text = event
         if kind == "result":
             return self._ended_by_claim(mover, side, text)
-        used = max(0.0, moment - begun)
+        used = mover.seconds_used(begun, moment)
         if mover.budget is not None:
             mover.longest_overrun = max(mover.longest_overrun, used - mover.budget / 100)
         self.clocks[side] -= used

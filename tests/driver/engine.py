@@ -6,6 +6,7 @@ named by the environment variable TARVELMON.
 
 import os
 import re
+import signal
 import subprocess
 import tempfile
 import threading
@@ -166,12 +167,13 @@ class Engine:
         """Threads of the process at this moment (Linux)."""
         return len(os.listdir("/proc/%d/task" % self.process.pid))
 
-    def wait_for_end_of_search(self, patience=None):
+    def wait_for_end_of_search(self, end=lambda: None, patience=None):
         """Waits until a search beside the input has ended by itself and the monitor alone is left. The monitor is
-        asked for a sign of life first, which it gives as long as the search's time is not over. Then asks the system
-        again and again: nothing tells of the end."""
+        asked for a sign of life first, which it gives as long as the search's time is not over; `end` then makes it
+        end. Then asks the system again and again: nothing tells of the end."""
         self.send("time 2500")
         self.expect("#DEBUG time:2500", patience)
+        end()
         deadline = time.monotonic() + (patience or PATIENCE)
         while self.thread_count() > OWN_THREADS + 1:
             if time.monotonic() > deadline:
@@ -184,6 +186,32 @@ class Engine:
         for reader in self._readers:
             reader.join(PATIENCE)
         return status
+
+    def processor_seconds(self):
+        """What all threads of the process have used so far (Linux)."""
+        return time.clock_gettime(~self.process.pid << 3 | 2)
+
+    def seconds_to_end(self, action, patience=None):
+        """Does `action`, which ends the process, while the process is stopped. Returns the status and the processor time
+        that the process then used to its end, which unlike the time on the wall tells nothing of the machine's other
+        work."""
+        pid = self.process.pid
+        os.kill(pid, signal.SIGSTOP)
+        os.waitid(os.P_PID, pid, os.WSTOPPED | os.WNOWAIT)
+        before = self.processor_seconds()
+        action()
+        os.kill(pid, signal.SIGCONT)
+        deadline = time.monotonic() + (patience or PATIENCE)
+        while True:
+            ended, status, usage = os.wait4(pid, os.WNOHANG)
+            if ended:
+                break
+            if time.monotonic() > deadline:
+                raise EngineError("the process does not end. It said:\n" + self.text[-2000:])
+            time.sleep(0.005)
+        self.process.returncode = os.waitstatus_to_exitcode(status)
+        self.wait_for_end()
+        return self.process.returncode, usage.ru_utime + usage.ru_stime - before
 
     def rest(self):
         """The output that has not been taken yet."""

@@ -4,6 +4,7 @@ import re
 import unittest
 
 from chess_rules import Position
+from driven_clock import PRELOADED, DrivenClock
 from engine import Engine, SMALL_INI
 
 THINKING = r" ?\d+ +-?\d+ +\d+ +\d+ .*"
@@ -142,14 +143,17 @@ class AnalysisTest(unittest.TestCase):
         engine.send("exit")
         self.assert_waits(engine)
 
+    @unittest.skipUnless(PRELOADED, "needs the library with the clock")
     def test_it_ends_by_itself_with_the_last_budget_and_the_next_line_is_lost(self):
-        engine = Engine()
+        clock = DrivenClock()
+        self.addCleanup(clock.close)
+        engine = Engine(arguments=clock.arguments)
         self.addCleanup(engine.close)
         engine.xboard()
-        engine.tell("new", "st 3")
+        engine.tell("new", "st 3600")
         engine.send("analyze")
         engine.expect(THINKING)
-        engine.wait_for_end_of_search()
+        engine.wait_for_end_of_search(lambda: clock.advance(3600.01))
         engine.send("ping 78")
         self.assert_waits(engine)
         engine.send("analyze")

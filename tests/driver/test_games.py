@@ -2,24 +2,30 @@
 every result announced rightly, status 0 at the end."""
 
 import os
+import shlex
 import sys
 import unittest
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "tools"))
 from referee import Options, play_match  # noqa: E402
+from driven_clock import PRELOADED, PROCESSOR_TIME  # noqa: E402
 
 ENGINE = os.environ["TARVELMON"]
 SANITIZED = bool(os.environ.get("TARVELMON_SANITIZE"))
 INI = "[ENGINE]\nHashSize=16\nPawnHashSize=4\nsafePly=4\n[BOOK]\nBook=0\n[TABLEBASE]\nSyzygy=0\n"
 
 
+@unittest.skipUnless(PRELOADED, "needs the library with the clock")
 class Games(unittest.TestCase):
     def play(self, opponent, games, **options):
         """Plays and returns the tally; fails with the referee's report on any fault."""
-        # Other work may take the processor away for a second: only a clock far below zero is a fault here.
-        settings = dict(seconds=4.0, increment=0.04, margin=10.0, ini=INI, max_plies=80 if SANITIZED else 300)
-        settings.update(options)
-        tally = play_match([ENGINE, opponent], Options(**settings), games)
+        # The increment is a little more than a move takes without any time: 1024 nodes after the first hundredth.
+        clocks = dict(seconds=4.0, increment=0.04, max_plies=80) if SANITIZED else \
+            dict(seconds=0.6, increment=0.015, max_plies=120)
+        # Where other work takes the processor away, clocks on the wall say nothing of the engine.
+        settings = {**clocks, "ini": INI, "processor_time": True, **options}
+        engine = shlex.join((*PROCESSOR_TIME, ENGINE)) if settings["processor_time"] else ENGINE
+        tally = play_match([engine, engine if opponent == ENGINE else opponent], Options(**settings), games)
         self.assertEqual(tally.our_faults + tally.other_faults, [], tally.report())
         self.assertEqual(sum(tally.results.values()), games)
         return tally
@@ -37,7 +43,8 @@ class Games(unittest.TestCase):
 
     def test_pondering_games_against_itself(self):
         # The clocks stay above the minute below which pondering is switched off; the depth limit keeps the game short.
-        self.play(ENGINE, 1 if SANITIZED else 2, seconds=120.0, increment=3.0, ponder="both", depth=5, max_plies=80)
+        self.play(ENGINE, 1 if SANITIZED else 2, seconds=1200.0, increment=3.0, ponder="both", depth=5, max_plies=80,
+                  processor_time=False)
 
 
 if __name__ == "__main__":

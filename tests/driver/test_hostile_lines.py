@@ -7,7 +7,7 @@ import subprocess
 import unittest
 
 from chess_rules import Position
-from engine import PROGRAM, SMALL_INI, Engine
+from engine import PATIENCE, PROGRAM, SMALL_INI, Engine
 
 MOVE = r"move (\S+) ?"
 THINKING = r" ?\d+ +-?\d+ +\d+ +\d+ .*"
@@ -64,7 +64,7 @@ class Streams(HostileTest):
                 self.assertIsNone(waited(process, 0.5))
                 commands.write("quit\n")
                 text = output.read()
-            self.assertEqual(process.wait(30), 0)
+            self.assertEqual(process.wait(PATIENCE), 0)
         self.assertGreater(len(text), 100000)
         self.assertEqual(text.count("tarvelmon> "), 301)
 
@@ -233,7 +233,7 @@ class Signals(HostileTest):
         process.stdout.close()
         process.stdin.write(b"xboard\n")
         process.stdin.flush()
-        self.assertEqual(process.wait(60), -signal.SIGPIPE)
+        self.assertEqual(process.wait(PATIENCE), -signal.SIGPIPE)
 
 
 if __name__ == "__main__":

@@ -9,10 +9,10 @@ import os
 import re
 import resource
 import signal
-import time
 import unittest
 
 from chess_rules import Position
+from driven_clock import PRELOADED, DrivenClock, standing_clock
 from engine import SMALL_INI, Engine
 
 THINKING = r" ?\d+ +-?\d+ +\d+ +\d+ .*"
@@ -20,6 +20,9 @@ MOVE = r"move (\S+) ?"
 # A ponder search that becomes the real one finds no new move to expect: the former one is tried again.
 NO_EXPECTED_MOVE = "#DEBUG Errore sulla ponderMove dopo Thinking"
 BUDGET = r"#DEBUG moves: \d+ move speed: \d+  allocated time: -?\d+"
+
+# For games in which the depth alone ends a search.
+STANDING = standing_clock()
 
 # Ways for White to go on after e2e4 and any answer.
 SECOND_MOVES = ("g1f3", "b1c3", "d2d3", "f1e2", "e1e2")
@@ -95,8 +98,20 @@ class PonderTest(unittest.TestCase):
         self.addCleanup(engine.close)
         return engine
 
+    def start_clock(self, **arguments):
+        clock = DrivenClock(**arguments)
+        self.addCleanup(clock.close)
+        return clock
+
     def pondering_game(self, safe_ply=64, lines=1, **arguments):
         return Game(self.start_engine(safe_ply), **arguments).start(lines)
+
+    def game_out_of_time(self, safe_ply=64):
+        """A game whose ponder search has ended by the time of "st", an hour."""
+        clock = self.start_clock()
+        game = Game(self.start_engine(safe_ply, arguments=clock.arguments), setup=("st 3600",)).start()
+        game.engine.wait_for_end_of_search(lambda: clock.advance(3600.01))
+        return game
 
     def assert_no_pondering(self, engine):
         """The engine reads commands again, and has not begun to ponder."""
@@ -164,18 +179,22 @@ class WhatALineMeans(PonderTest):
             game.take_move()
             game.take_hint()
 
-    @unittest.skipUnless(os.environ.get("TARVELMON_SLOW_CLOCK"), "needs the library that slows the clock")
+    @unittest.skipUnless(PRELOADED, "needs the library with the clock")
     def test_a_hit_after_long_pondering_has_its_whole_budget(self):
-        slow = ("env", "LD_PRELOAD=" + os.environ["TARVELMON_SLOW_CLOCK"])
         for _ in range(3):
-            game = Game(self.start_engine(arguments=slow)).start()
-            time.sleep(0.5)  # longer than the budget
+            clock = self.start_clock(look_takes=3000)
+            game = Game(self.start_engine(arguments=clock.arguments)).start()
+            clock.stop()
+            clock.advance(0.5)  # longer than the budget
             game.position = game.after_expected()
             game.engine.send("time 2500", "otim 2500", "usermove " + game.expected)
             budget = int(game.engine.expect(BUDGET)[0].split()[-1]) / 100
-            begun = time.monotonic()
+            for seconds in (0.0, budget):
+                clock.advance(seconds)
+                clock.wait_for_looks(3, lambda: "\nmove" not in game.engine.rest())
+                self.assertNotRegex(game.engine.rest(), "(?m)^move")
+            clock.advance(0.01)
             game.take_move()
-            self.assertGreater(time.monotonic() - begun, budget / 2)
 
     def test_exit_plays_what_the_search_found_with_the_expected_move_on_the_board(self):
         game = self.pondering_game()
@@ -348,7 +367,7 @@ class PromotionLetters(PonderTest):
     FEN = "6k1/5ppp/8/8/3PP3/p5P1/5PKP/8 w - - 0 1"
 
     def expected_promotion(self, safe_ply):
-        game = Game(self.start_engine(safe_ply), fen=self.FEN, setup=("sd 4",))
+        game = Game(self.start_engine(safe_ply, arguments=STANDING), fen=self.FEN, setup=("sd 4",))
         game.engine.send("time 2500", "otim 2500", "white")
         game.take_move()
         game.user_plays("a3a2")
@@ -378,22 +397,20 @@ class PromotionLetters(PonderTest):
 
 
 class SearchesThatEndByThemselves(PonderTest):
+    @unittest.skipUnless(PRELOADED, "needs the library with the clock")
     def test_by_the_time_of_st_any_line_brings_the_move_and_is_lost(self):
-        game = Game(self.start_engine(), setup=("st 3",))
-        game.start()
-        game.engine.wait_for_end_of_search()
+        game = self.game_out_of_time()
         game.position = game.after_expected()
         game.engine.send("ping 77")
         game.take_move()
         self.assertEqual([line for line in game.engine.skipped if not is_pv(line)], [])
         self.assertEqual(game.engine.sync(), [NO_EXPECTED_MOVE])
 
+    @unittest.skipUnless(PRELOADED, "needs the library with the clock")
     def test_by_the_time_of_st_the_expected_move_is_answered_at_once(self):
         for safe_ply, budgets in ((64, 1), (2, 0)):
             with self.subTest(safe_ply=safe_ply):
-                game = Game(self.start_engine(safe_ply), setup=("st 3",))
-                game.start()
-                game.engine.wait_for_end_of_search()
+                game = self.game_out_of_time(safe_ply)
                 game.engine.send("usermove " + game.expected)
                 game.position = game.after_expected()
                 game.take_move()
@@ -402,7 +419,7 @@ class SearchesThatEndByThemselves(PonderTest):
                 self.assertEqual(len(others), budgets)
 
     def test_at_the_highest_depth_the_monitor_reads_on(self):
-        game = Game(self.start_engine(), setup=("sd 3",))
+        game = Game(self.start_engine(arguments=STANDING), setup=("sd 3",))
         game.start(3)
         game.engine.wait_for_end_of_search()
         game.engine.send("ping 5", "time 7200")
@@ -417,7 +434,7 @@ class SearchesThatEndByThemselves(PonderTest):
 
     def test_a_single_legal_reply_is_found_at_once_and_waits_for_the_move(self):
         # Black checks for ever, from g4 and d1; the check on d1 has one answer.
-        game = Game(self.start_engine(), fen="8/RQ4pk/8/8/8/8/5P1P/3q1K2 w - - 0 1", setup=("sd 4",))
+        game = Game(self.start_engine(arguments=STANDING), fen="8/RQ4pk/8/8/8/8/5P1P/3q1K2 w - - 0 1", setup=("sd 4",))
         game.engine.send("time 2500", "otim 2500", "white")
         self.assertEqual(game.take_move(), "f1g2")
         self.assertRegex(game.engine.skipped[-1], r" 0      0 +\d+ +\d+ f1g2  ")
@@ -434,7 +451,7 @@ class SearchesThatEndByThemselves(PonderTest):
         self.assertEqual(game.engine.sync(), [NO_EXPECTED_MOVE])
 
     def test_a_single_legal_move_of_an_ordinary_think_leaves_the_former_expected_move(self):
-        game = Game(self.start_engine(), fen="8/RQ4pk/8/8/6q1/8/5PKP/8 w - - 0 1", setup=("sd 4",))
+        game = Game(self.start_engine(arguments=STANDING), fen="8/RQ4pk/8/8/6q1/8/5PKP/8 w - - 0 1", setup=("sd 4",))
         game.engine.send("time 2500", "otim 2500", "white")
         game.take_move()
         game.user_plays("g4d1")
@@ -459,10 +476,9 @@ class EndOfInput(PonderTest):
         self.assertEqual(game.engine.quit(), 0)
         game.take_move()
 
+    @unittest.skipUnless(PRELOADED, "needs the library with the clock")
     def test_after_the_search_has_ended_by_itself(self):
-        game = Game(self.start_engine(), setup=("st 3",))
-        game.start()
-        game.engine.wait_for_end_of_search()
+        game = self.game_out_of_time()
         self.assertEqual(game.engine.quit(), 0)
         self.assertNotRegex(game.engine.rest(), r"(?m)^move")
 

@@ -38,7 +38,9 @@ def fake_command(fault):
 
 def play_fake(fault, opponent="random", number=0):
     command = fake_command(fault)
-    return play_game([command, opponent], Options(seconds=1.0, increment=0.01, max_plies=60), number)
+    # Short of time is only who comes too late.
+    seconds = 1.0 if fault == "late" else 600.0
+    return play_game([command, opponent], Options(seconds=seconds, increment=0.01, max_plies=60), number)
 
 
 class Referee(unittest.TestCase):

@@ -6,7 +6,7 @@ import re
 import unittest
 
 from engine import PROGRAM, SMALL_INI, Engine
-from transcripts import mask
+from transcripts import CLOCK, mask
 
 GOLDEN = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "data", "golden")
 OTHER = os.environ.get("TARVELMON_OTHER")
@@ -65,7 +65,7 @@ class Repeatable(unittest.TestCase):
     maxDiff = None
 
     def started(self, program):
-        engine = Engine(ini=SMALL_INI, program=program)
+        engine = Engine(ini=SMALL_INI, program=program, arguments=CLOCK)
         self.addCleanup(engine.close)
         return engine
 

@@ -12,11 +12,15 @@ import re
 import struct
 import sys
 
+from driven_clock import standing_clock
 from engine import BANNER, PROMPT, SMALL_INI, Engine
 
 FOLDER = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "data", "transcripts")
 PROMPT_LINE = PROMPT.lstrip("\n")
 SENT = "> "
+
+# No budget ends a search on a busy machine: every depth of a session is searched to its end.
+CLOCK = standing_clock()
 
 # Depth, score, time, nodes, each of its own width.
 NUMBERS = re.compile(r"(?m)^([ \d]{2} [ \d-]{6} )[ \d]{6}( [ \d]{10} )")
@@ -68,7 +72,7 @@ def mask(text):
 def console_session(name, text):
     """Types the lines of `text` at the prompt and returns the session as it went."""
     typed = [line[len(PROMPT_LINE):] for line in text.split("\n") if line.startswith(PROMPT_LINE)]
-    with Engine(**SETTINGS.get(name, {})) as engine:
+    with Engine(arguments=CLOCK, **SETTINGS.get(name, {})) as engine:
         session = BANNER + "console\n" + engine.console() + PROMPT
         for line in typed[:-1]:
             session += line + "\n" + engine.ask(line) + PROMPT
@@ -82,7 +86,7 @@ def console_session(name, text):
 def protocol_session(name, text):
     """Sends the marked lines of `text` and returns the session as it went."""
     sent = [line[len(SENT):] for line in text.split("\n") if line.startswith(SENT)]
-    with Engine(**SETTINGS.get(name, {})) as engine:
+    with Engine(arguments=CLOCK, **SETTINGS.get(name, {})) as engine:
         session = BANNER + "\n" + SENT + sent[0] + "\n" + engine.xboard()
         for line in sent[1:-1]:
             engine.send(line)
