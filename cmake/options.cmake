@@ -44,9 +44,11 @@ endif()
 
 if(TARVELMON_SANITIZE)
   # Checked subscripts of the standard containers catch what the sanitizers cannot see: a step from one field of a
-  # record into the next. Low optimisation keeps the build short; it comes behind the build type's own level.
+  # record into the next. Low optimisation keeps the build short, none where the target's property TARVELMON_QUICK_BUILD
+  # asks for that; it comes behind the build type's own level.
   target_compile_options(tarvelmon-options INTERFACE
-    -fsanitize=${TARVELMON_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -O1 -g1 -UNDEBUG)
+    -fsanitize=${TARVELMON_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer
+    $<IF:$<BOOL:$<TARGET_PROPERTY:TARVELMON_QUICK_BUILD>>,-O0,-O1> -g1 -UNDEBUG)
   target_compile_definitions(tarvelmon-options INTERFACE _GLIBCXX_ASSERTIONS)
   target_link_options(tarvelmon-options INTERFACE -fsanitize=${TARVELMON_SANITIZE})
 else()

@@ -1,5 +1,6 @@
 // The two attack tests.
 #include "board_support.h"
+#include "support/test_data.h"
 
 TEST(InCheck, IsEmptyInTheStartPosition) {
     setUp("rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1");
@@ -44,7 +45,7 @@ TEST(Checks, AreEmptyWithoutAKing) {
 // The shared sets of a node and the plain tests agree on every move of many positions.
 #include "board/make_move.h"
 TEST(NodeMoves, TryMoveIsMakeMoveAndLeftInCheck) {
-    const std::vector<std::string> golden = linesOf(TEST_DATA_DIR "/golden/moves.txt");
+    const std::vector<std::string> golden = linesOf(testDataPath("golden/moves.txt"));
     i32 moves = 0;
     i32 refused = 0;
     for (const std::string& line : golden) {

@@ -1,6 +1,7 @@
 // Generators, exchange values and user moves against the golden lists, line by line.
 #include "board_support.h"
 #include "search/ordering.h"
+#include "support/test_data.h"
 
 #include <cstdarg>
 
@@ -97,7 +98,7 @@ static Lines allExchanges() {
 
 // Compares what `make` says of each position of a list with what the list says of it.
 static void compareList(const char* name, Lines (*make)()) {
-    const Lines golden = linesOf(std::string(TEST_DATA_DIR "/golden/") + name);
+    const Lines golden = linesOf(testDataPath(std::string("golden/") + name));
     ASSERT_GT(golden.size(), 900U);
     std::size_t at = 0;
     while (at < golden.size()) {
@@ -123,8 +124,8 @@ TEST(GoldenBoard, ExchangesHaveTheValuesAndNodes) {
 }
 
 TEST(GoldenBoard, UserMovesGiveTheRecords) {
-    const Lines inputs = linesOf(TEST_DATA_DIR "/golden/user.in");
-    const Lines golden = linesOf(TEST_DATA_DIR "/golden/user.txt");
+    const Lines inputs = linesOf(testDataPath("golden/user.in"));
+    const Lines golden = linesOf(testDataPath("golden/user.txt"));
     ASSERT_EQ(inputs.size(), 2000U);
     ASSERT_EQ(golden.size(), inputs.size());
     for (std::size_t i = 0; i < inputs.size(); ++i) {

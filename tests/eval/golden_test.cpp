@@ -1,5 +1,6 @@
 // The static values of the golden list.
 #include "eval_support.h"
+#include "support/test_data.h"
 
 #include <fstream>
 #include <sstream>
@@ -14,7 +15,7 @@ struct GoldenValue {
 };
 
 static std::vector<GoldenValue> readGoldenValues() {
-    std::ifstream file(TEST_DATA_DIR "/golden/eval.txt");
+    std::ifstream file(testDataPath("golden/eval.txt"));
     std::vector<GoldenValue> values;
     std::string line;
     while (std::getline(file, line)) {

@@ -4,6 +4,7 @@
 #include "search/internal.h"
 #include "search/search.h"
 #include "search/search_fixture.h"
+#include "support/test_data.h"
 #include "tablebase/tablebase.h"
 
 #include <gmock/gmock.h>
@@ -38,7 +39,7 @@ struct Plan {
 
 class TableRoot : public testing::Test {
   protected:
-    void SetUp() override { registerTables(TEST_DATA_DIR "/syzygy"); }
+    void SetUp() override { registerTables(testDataPath("syzygy").c_str()); }
     void TearDown() override { registerTables("no such folder"); }
 
     static void registerTables(const char* path) {

@@ -2,6 +2,7 @@
 // tests/data/syzygy.
 #include "real_tables.h"
 #include "search/search_info.h"
+#include "support/test_data.h"
 #include "table_folder.h"
 #include "tablebase/internal.h"
 
@@ -11,7 +12,7 @@
 
 namespace {
 
-constexpr const char* committed = TEST_DATA_DIR "/syzygy";
+static const std::string committed = testDataPath("syzygy");
 
 struct ValueCase {
     const char* name;

@@ -3,6 +3,7 @@
 #include "real_tables.h"
 #include "plain_rules.h"
 #include "plain_solver.h"
+#include "support/test_data.h"
 #include "table_names.h"
 
 #include <random>
@@ -13,7 +14,7 @@ using plain::Successor;
 namespace {
 
 std::string committedFolder() {
-    return TEST_DATA_DIR "/syzygy";
+    return testDataPath("syzygy");
 }
 
 Position colourSwapped(const Position& p) {

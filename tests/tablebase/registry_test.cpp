@@ -1,5 +1,6 @@
 // The scan for tables, the records it makes, and the keys they are found by.
 #include "real_tables.h"
+#include "support/test_data.h"
 #include "table_names.h"
 #include "tablebase/internal.h"
 
@@ -194,8 +195,8 @@ TEST(Registry, BearsPathsOfEveryLengthThatTheOptionsHold) {
         ASSERT_LT(free, 255u);
         const std::filesystem::path path = base.path / std::string(free, 'd');
         std::filesystem::create_directories(path);
-        std::filesystem::copy(TEST_DATA_DIR "/syzygy/KQvK.rtbw", path / "KQvK.rtbw");
-        std::filesystem::copy(TEST_DATA_DIR "/syzygy/KQvK.rtbz", path / "KQvK.rtbz");
+        std::filesystem::copy(testDataPath("syzygy/KQvK.rtbw"), path / "KQvK.rtbw");
+        std::filesystem::copy(testDataPath("syzygy/KQvK.rtbz"), path / "KQvK.rtbz");
         const std::string text = path.string().substr(0, 255);
         const bool fits = path.string().size() <= 255;
         EXPECT_EQ(tables::registerFolder(text), fits ? "Found 1 tablebases.\n" : "Found 0 tablebases.\n");

@@ -1,6 +1,7 @@
 // The root filter: ranks, scores, the fifty-move budget and repetitions. The tables are those of tests/data/syzygy.
 #include "real_tables.h"
 #include "search/ordering.h"
+#include "support/test_data.h"
 
 #include <algorithm>
 #include <map>
@@ -50,7 +51,7 @@ std::string withRule50(const std::string& placement, i32 rule50) {
 
 class RootProbe : public testing::Test {
   protected:
-    void SetUp() override { tables::registerFolder(TEST_DATA_DIR "/syzygy"); }
+    void SetUp() override { tables::registerFolder(testDataPath("syzygy")); }
 };
 
 TEST_F(RootProbe, FailsOutsideTheTables) {

@@ -1,6 +1,7 @@
 // The harness that checks probes against a file of known answers.
 #include "frontend/session.h"
 #include "real_tables.h"
+#include "support/test_data.h"
 #include "table_folder.h"
 
 #include <gmock/gmock.h>
@@ -17,7 +18,7 @@ struct WorkingFolder {
     std::filesystem::path before = std::filesystem::current_path();
 
     explicit WorkingFolder(const std::string& cases) {
-        tables::registerFolder(TEST_DATA_DIR "/syzygy");
+        tables::registerFolder(testDataPath("syzygy"));
         std::filesystem::create_directories(folder.path / "TestSyzygy");
         folder.write("TestSyzygy/TestCase_09.txt", cases);
         std::filesystem::current_path(folder.path);

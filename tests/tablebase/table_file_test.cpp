@@ -4,6 +4,7 @@
 #include "guarded_bytes.h"
 #include "raw_stream.h"
 #include "real_tables.h"
+#include "support/test_data.h"
 #include "table_folder.h"
 
 using writer::FilePlan;
@@ -300,7 +301,7 @@ class WrittenDtz : public testing::TestWithParam<DtzCase> {};
 TEST_P(WrittenDtz, GivesTheDistancesOfTheRealTableForBothSides) {
     const DtzCase& c = GetParam();
     const TableFolder folder;
-    tables::registerFolder(TEST_DATA_DIR "/syzygy");
+    tables::registerFolder(testDataPath("syzygy"));
     const TableMaterial material = materialOfName("KRvK");
     TableSide layout{};
     layout.pieces = {ROOK, KING, 8 + KING};

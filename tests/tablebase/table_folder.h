@@ -2,6 +2,7 @@
 #pragma once
 
 #include "table_writer.h"
+#include "support/test_data.h"
 #include "tablebase/internal.h"
 #include "tablebase/tablebase.h"
 
@@ -41,7 +42,7 @@ struct TableFolder {
 };
 
 inline std::string realBytes(const std::string& file) {
-    std::ifstream stream(std::string(TEST_DATA_DIR "/syzygy/") + file, std::ios::binary);
+    std::ifstream stream(testDataPath("syzygy/" + file), std::ios::binary);
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
