@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <map>
-#include <set>
 
 namespace plain {
 
@@ -147,8 +146,10 @@ void spreadDistance(std::vector<Node>& nodes, std::vector<i32> open) {
 }
 
 bool squaresDiffer(i32 index) {
-    const std::set<i32> squares = {index / 2 / 64 / 64, index / 2 / 64 % 64, index / 2 % 64};
-    return squares.size() == 3;
+    const i32 whiteKing = index / 2 / 64 / 64;
+    const i32 blackKing = index / 2 / 64 % 64;
+    const i32 man = index / 2 % 64;
+    return whiteKing != blackKing && whiteKing != man && blackKing != man;
 }
 
 void addNode(std::vector<Node>& nodes, ThreeMen& table, i32 index) {
