@@ -6,6 +6,7 @@
 #include "book/book.h"
 #include "book_check.h"
 #include "frontend/session.h"
+#include "hash/random64.h"
 #include "support/temp_directory.h"
 #include "text_file.h"
 
