@@ -5,6 +5,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstring>
 #include <ctime>
@@ -324,6 +325,7 @@ constexpr OddSize oddSizes[] = {
     {"2 to the power 60, whose bytes are 0 in 64 bits", u64{1} << 60, 2147483647},
     {"all ones, as from a negative size", ~u64{0}, -1},
     {"2147483647 MB", u64{2147483647} << 16, 2147483647},
+    {"whose bytes are 64 kB in 64 bits", (u64{1} << 60) + 4096, 64},
 };
 
 TEST_F(TranspositionTable, WhatCannotBeHadGivesASmallerTableThatWorks) {
@@ -353,20 +355,47 @@ TEST_F(TranspositionTable, AClearOfMoreRecordsThanThereAreStaysInside) {
 }
 
 TEST_F(TranspositionTable, AClearOfFewerRecordsLeavesNoneInUseBeyond) {
-    hashClear(1);
-    storeAt(keyNumber(13), 3, 50, HASH_EXACT, firstMove);
-    EXPECT_EQ(probeAt(keyNumber(14), 3, 0, 100).slot.key, keyNumber(13));
+    for (const u64 entries : {u64{1}, u64{0}}) {  // one record is always in use
+        hashClear(entries);
+        storeAt(13, 3, 50, HASH_EXACT, firstMove);
+        EXPECT_EQ(probeAt(14, 3, 0, 100).slot.key, 13U) << entries;
+    }
+}
+
+TEST(TranspositionTableDeathTest, BeforeTheFirstAllocationOneRecordServes) {
+    testing::FLAGS_gtest_death_test_style = "threadsafe";  // begins anew, without what other tests allocated
+    EXPECT_EXIT(
+        {
+            newGame();
+            hashClear(5);
+            storeAt(13, 3, 50, HASH_EXACT, firstMove);
+            _exit(probeAt(14, 3, 0, 100).slot.key == 13 && hashFilled() == 1 ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "");
 }
 
 // ---- cost -----------------------------------------------------------------------------------------------------
 
-// Resident memory in bytes, 0 where the system does not tell.
-u64 residentBytes() {
+struct MemoryInUse {
+    u64 addresses;
+    u64 resident;
+};
+
+// In bytes, 0 where the system does not tell.
+MemoryInUse memoryInUse() {
     std::ifstream statm("/proc/self/statm");
-    u64 size = 0;
-    u64 resident = 0;
-    statm >> size >> resident;
-    return resident * 4096;
+    MemoryInUse pages{};
+    statm >> pages.addresses >> pages.resident;
+    return {pages.addresses * 4096, pages.resident * 4096};
+}
+
+TEST_F(TranspositionTable, AllocationGivesTheFormerTableBack) {
+    constexpr u64 allocations = 500;
+    const u64 before = memoryInUse().addresses;
+    for (u64 i = 0; i < allocations; ++i) {
+        allocate(smallTable, 0);
+    }
+    EXPECT_LT(memoryInUse().addresses, before + allocations * 4096 / 4) << "not a page of each is left";
 }
 
 TEST_F(TranspositionTable, ClearsOfTheDefaultTableCostNeitherTimeNorMemory) {
@@ -377,7 +406,7 @@ TEST_F(TranspositionTable, ClearsOfTheDefaultTableCostNeitherTimeNorMemory) {
     if (said.starts_with(failureLine)) {
         GTEST_SKIP() << "no 4 GB of addresses here";
     }
-    const u64 before = residentBytes();
+    const u64 before = memoryInUse().resident;
     const std::clock_t start = std::clock();
     for (i32 i = 0; i < clears; ++i) {
         hashClear(defaultEntries);
@@ -389,7 +418,7 @@ TEST_F(TranspositionTable, ClearsOfTheDefaultTableCostNeitherTimeNorMemory) {
     // Writing to all of it takes half a minute and more.
     const double seconds = static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
     EXPECT_LT(seconds, 10.0) << "of the processor: a clear takes milliseconds";
-    EXPECT_LT(residentBytes(), before + memoryLimit);
+    EXPECT_LT(memoryInUse().resident, before + memoryLimit);
 }
 
 }  // namespace
