@@ -43,7 +43,7 @@ using Random = std::mt19937_64;
 
 // Below `bound`, which is not 0. The same on every system.
 static std::size_t below(Random& random, std::size_t bound) {
-    return random() % bound;
+    return static_cast<std::size_t>(random() % bound);
 }
 
 static bool kingsTouch(int first, int second) {
@@ -182,8 +182,8 @@ int main(int argc, char** argv) {
     }
     int names = 1;  // the arguments are not the fuzzer's
     LLVMFuzzerInitialize(&names, &argv);
-    const std::size_t cuts = std::strtoull(argv[2], nullptr, 10);
-    const std::size_t changes = std::strtoull(argv[3], nullptr, 10);
+    const std::size_t cuts = std::strtoul(argv[2], nullptr, 10);
+    const std::size_t changes = std::strtoul(argv[3], nullptr, 10);
     Random random(std::strtoull(argv[4], nullptr, 10));
     const Table table = readTable(argv[1], random);
     const TablesInUse others(std::filesystem::path(argv[1]).parent_path());

@@ -87,7 +87,7 @@ bool tryWdlFile(const char* name, std::string_view bytes, Probe probe) {
         }
         entry.ready = 1;
         for (const u64 key : {entry.material.key, entry.material.key2}) {
-            tbHash[key >> 54][0] = tbHashSlot{key, &entry};
+            tbHash[static_cast<u32>(key >> 54)][0] = tbHashSlot{key, &entry};
         }
         probe();
         tbHash.fill(tbHashBucket{});

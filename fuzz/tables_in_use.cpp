@@ -25,7 +25,7 @@ static bool isTable(const std::filesystem::path& file) {
 }
 
 std::string bytesOfFile(const std::filesystem::path& file) {
-    std::string bytes(std::filesystem::file_size(file), '\0');
+    std::string bytes(static_cast<std::size_t>(std::filesystem::file_size(file)), '\0');
     std::ifstream stream(file, std::ios::binary);
     stream.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     if (!stream) {
@@ -73,7 +73,7 @@ std::string placementOf(std::string_view name, const std::vector<i32>& squares, 
     }
     std::string field;
     for (u32 rank = 8; rank-- > 0;) {
-        field += diagram.substr(u64{8} * rank, 8);
+        field += diagram.substr(std::size_t{8} * rank, 8);
         field += rank > 0 ? "/" : "";
     }
     return field;
