@@ -188,7 +188,10 @@ class Reports(ConsoleTest):
             self.assertEqual(keys[0], keys[1])
 
     def test_counts_beyond_32_bits_are_shown_whole(self):
-        engine = self.console(ini=SMALL_INI.replace("HashSize=16\nPawn", "HashSize=2147483647\nPawn"))
+        engine = self.console()
+        with open(os.path.join(engine.folder, "tarvelmon.ini"), "w", encoding="ascii") as file:
+            file.write(SMALL_INI.replace("HashSize=16\nPawn", "HashSize=2147483647\nPawn"))
+        engine.ask("ini")  # which allocates nothing
         self.assertIn("#DEBUG Hash records:                   140737488289792 \n", engine.ask("hash"))
 
     def test_clear_runs_no_other_program(self):
