@@ -53,6 +53,11 @@ static u64 keyByPawns(TBB own, TBB enemy, bool black) {
     return static_cast<u64>(static_cast<i64>(static_cast<i32>(static_cast<u32>(key))));
 }
 
+TEST(Random64, BeginsAndEndsAsPublished) {
+    EXPECT_EQ(Random64[0], 0x9D39247E33776D41ULL);
+    EXPECT_EQ(Random64[780], 0xF8D626AAAF278509ULL);
+}
+
 TEST(PawnHashKey, IsTheXorOfOneNumberAPawnCutTo32BitsWithSign) {
     u64 state = 88172645463325252ULL;
     const auto random = [&state] {

@@ -52,23 +52,6 @@ class Ordering : public testing::Test {
 
 // ---- captures -------------------------------------------------------------------------------------------------
 
-TEST_F(Ordering, PickBestTakesTheFirstOfTheHighest) {
-    MoveList list = captureList({{1, 5}, {2, 9}, {3, 9}, {4, -3}});
-    std::vector<Mossa> picked;
-    for (; list.count > 0; --list.count) {
-        picked.push_back(pickBest(list));
-    }
-    EXPECT_THAT(picked, ElementsAre(2, 3, 1, 4));
-}
-
-TEST_F(Ordering, PickBestCopiesTheLastEntryAndLeavesTheCount) {
-    MoveList list = captureList({{1, 9}, {2, 5}, {3, 7}});
-    EXPECT_EQ(pickBest(list), 1U);
-    EXPECT_EQ(list.count, 3);
-    EXPECT_EQ(list.entries[0].move, 3U);
-    EXPECT_EQ(list.entries[0].score, 7);
-}
-
 TEST_F(Ordering, DroppingACaptureGivesItsScoreToTheLastMove) {
     MoveList list = captureList({{1, 10}, {2, 20}, {3, 30}});
     EXPECT_EQ(dropFromCaptures(1, list), 1);
@@ -233,50 +216,11 @@ TEST_F(Ordering, AHashMoveMustSuitTheMenOnItsSquares) {
 
 // ---- lists of a whole position --------------------------------------------------------------------------------
 
-std::vector<std::string> texts(const MoveArray& moves, i32 count) {
-    std::vector<std::string> result;
-    for (i32 i = 0; i < count; ++i) {
-        result.push_back(moveText(moves[i]));
-    }
-    return result;
-}
-
-TEST_F(Ordering, OrderedMovesAreCapturesByScoreThenQuietMovesInReverse) {
-    ASSERT_EQ(fenToBoard("4k3/8/8/1p1q4/2P5/8/8/4K3 w - - 0 1"), 1);
-    QuietList quiets;
-    genQuiets(quiets);
-    MoveArray moves;
-    i32 count = 0;
-    orderedMoves(moves, count);
-    ASSERT_EQ(count, 2 + quiets.count);
-    EXPECT_EQ(moveText(moves[0]), "c4d5");
-    EXPECT_EQ(moveText(moves[1]), "c4b5");
-    for (i32 i = 0; i < quiets.count; ++i) {
-        EXPECT_EQ(moves[count - 1 - i], quiets.entries[i]);
-    }
-}
-
-TEST_F(Ordering, LegalAndRootMovesKeepThatOrderWithoutTheIllegalOnes) {
+TEST_F(Ordering, RootMovesAreTheLegalOnesAndLeaveTheOtherWords) {
     ASSERT_EQ(fenToBoard("4r1k1/8/8/1p1q4/2P5/8/4B3/4K3 w - - 0 1"), 1);  // the bishop is pinned
-    MoveArray ordered;
-    i32 orderedCount = 0;
-    orderedMoves(ordered, orderedCount);
-    std::vector<std::string> expected;
-    for (i32 i = 0; i < orderedCount; ++i) {
-        makeMove(ordered[i]);
-        const bool legal = leftInCheck() == 0;
-        --board;
-        if (legal) {
-            expected.push_back(moveText(ordered[i]));
-        }
-    }
-    ASSERT_LT(expected.size(), static_cast<std::size_t>(orderedCount));
-
     MoveArray legal;
     i32 legalCount = 0;
     legalMoves(legal, legalCount);
-    EXPECT_EQ(texts(legal, legalCount), expected);
-
     RootList root{};
     for (RootMove& entry : root) {
         entry.tbRank = 7;
