@@ -5,6 +5,7 @@
 #include "frontend/frontend.h"
 #include "frontend/session.h"
 #include "hash/hash.h"
+#include "repeats.h"
 
 #include <benchmark/benchmark.h>
 
@@ -71,7 +72,7 @@ static void evaluateWithWarmPawnHash(benchmark::State& state) {
     }
     state.SetItemsProcessed(state.iterations() * static_cast<i64>(positions.size()));
 }
-BENCHMARK(evaluateWithWarmPawnHash)->Iterations(40)->Repetitions(9)->Unit(benchmark::kMillisecond);
+BENCHMARK(evaluateWithWarmPawnHash)->Iterations(repeats(40))->Repetitions(repeats(9))->Unit(benchmark::kMillisecond);
 
 int main(int argc, char** argv) {
     initBoardTables();

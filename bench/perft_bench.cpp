@@ -2,6 +2,7 @@
 // is checked against the published one.
 #include "board/board.h"
 #include "frontend/session.h"
+#include "repeats.h"
 
 #include <benchmark/benchmark.h>
 
@@ -49,7 +50,7 @@ static void registerCase(const PerftCase& c, const char* kind, i32 depth, u64 le
     benchmark::RegisterBenchmark((std::string(kind) + "/" + c.name).c_str(), countLeaves, c.fen, depth,
                                  leaves)
         ->Iterations(1)
-        ->Repetitions(repetitions)
+        ->Repetitions(repeats(repetitions))
         ->Unit(benchmark::kMillisecond);
 }
 

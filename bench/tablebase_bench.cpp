@@ -4,6 +4,7 @@
 #include "board/board.h"
 #include "frontend/frontend.h"
 #include "frontend/session.h"
+#include "repeats.h"
 #include "tablebase/tablebase.h"
 
 #include <benchmark/benchmark.h>
@@ -120,8 +121,8 @@ static void probeAll(benchmark::State& state, Work work) {
 
 static void measure(const char* name, Work work, i32 iterations) {
     benchmark::RegisterBenchmark(name, probeAll, work)
-        ->Iterations(iterations)
-        ->Repetitions(9)
+        ->Iterations(repeats(iterations))
+        ->Repetitions(repeats(9))
         ->Unit(benchmark::kMillisecond);
 }
 
