@@ -1,5 +1,5 @@
-// A book file: the first byte chooses the position, all else is the file. The engine's probe and listing, and the book
-// program's check, must bear any content.
+// A book file: the first byte chooses the position, the rest is the file. Neither the engine's probe and listing nor the
+// book program's check may fail on any content.
 #include "board/board.h"
 #include "book/book.h"
 #include "book_check.h"

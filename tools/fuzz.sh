@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Runs fuzz targets for a time each: tools/fuzz.sh SECONDS [TARGET...], all of them without a name. Needs Clang and
-# CMake. Builds in build-fuzz; inputs that reach new code are kept there, in inputs/TARGET. What breaks a target is
-# written to build-fuzz/findings: mended, it belongs into fuzz/corpus/TARGET. Exit status 0 if nothing broke.
+# CMake. Builds in build-fuzz; inputs that reach new code are kept there, in inputs/TARGET. An input that breaks a target
+# is written to build-fuzz/findings; once the fault is mended, add the input to fuzz/corpus/TARGET. Status 0 if nothing
+# broke.
 set -euo pipefail
 
 top=$(cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.." && pwd)

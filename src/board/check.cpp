@@ -1,6 +1,7 @@
 // The two attack tests behind legality.
-#include "board/attacks.h"
 #include "board/board.h"
+
+#include "board/attacks.h"
 
 TBB inCheck() {
     const Scacchiera& b = *board;

@@ -1,4 +1,6 @@
 // Quiet moves that may give check, for the first plies of the quiescence search: candidates, not proven checks.
+#include "board/board.h"
+
 #include "board/castling.h"
 #include "board/generation.h"
 

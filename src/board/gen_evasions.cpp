@@ -1,4 +1,6 @@
 // Moves that may answer a check. King moves and en passant are not tested for safety here: leftInCheck does that.
+#include "board/board.h"
+
 #include "board/generation.h"
 
 using namespace generation;

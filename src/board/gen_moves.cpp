@@ -1,5 +1,7 @@
 // Generators of captures and quiet moves, and the castling tests that all generators share. Inside a stage pieces and
 // targets go from the lowest square upward; the order of stages and entries is part of the engine's play.
+#include "board/board.h"
+
 #include "board/castling.h"
 #include "board/generation.h"
 

@@ -1,5 +1,7 @@
 // Static exchange evaluation: what a capture is worth once all exchanges on its square have been played. No record is
 // written; the side in turn is swapped in local words, in the frame of the first mover.
+#include "board/board.h"
+
 #include "board/generation.h"
 #include "board/make_move.h"
 #include "platform/print.h"

@@ -1,7 +1,8 @@
 // The key under which a book holds a position, worked out from the men: a scheme of its own, apart from hashKey.
+#include "book/book.h"
+
 #include "board/board.h"
 #include "hash/random64.h"
-#include "book/book.h"
 
 // Where the kinds of numbers begin in Random64.
 constexpr u32 pieceNumbers = 0;

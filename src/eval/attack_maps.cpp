@@ -1,8 +1,9 @@
 // The attack maps: for each real square how many men of a side attack it, and of which kinds. evaluate works with sets
 // that tell the same as long as no square has eight attackers; where one may have, it reads these maps.
+#include "eval/eval.h"
+
 #include "board/board.h"
 #include "board/tables.h"
-#include "eval/eval.h"
 #include "eval/internal.h"
 
 #include <utility>

@@ -1,6 +1,7 @@
 // Whether anybody can still win by the material on the board.
-#include "board/board.h"
 #include "eval/eval.h"
+
+#include "board/board.h"
 
 // The 28 squares of the rim, as a set.
 constexpr TBB edgeSquare = 0xFF818181818181FF;

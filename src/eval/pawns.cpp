@@ -1,5 +1,6 @@
 // Pawn terms: structure through the pawn hash, and what also depends on the other men.
 #include "eval/internal.h"
+
 #include "eval/masks.h"
 #include "hash/hash.h"
 

@@ -3,8 +3,9 @@
 // Several rules ask about the men still to come in an upward walk over the own men of the kind, the present one
 // included, and not about the present one alone. That is deliberate: such a rule counts once for each man up to the
 // highest one it is true for, see stepsMeeting.
-#include "board/tables.h"
 #include "eval/internal.h"
+
+#include "board/tables.h"
 #include "eval/masks.h"
 
 // In how many steps of an upward walk over `men` the men still to come, the present one included, meet `targets`.

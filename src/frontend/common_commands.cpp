@@ -1,7 +1,8 @@
 // What the console and the protocol do alike: clocks and switches, the way a move is announced.
+#include "frontend/internal.h"
+
 #include "board/board.h"
 #include "frontend/frontend.h"
-#include "frontend/internal.h"
 #include "platform/print.h"
 
 // At or below this the opponent's clock switches pondering off, centiseconds.
@@ -40,7 +41,7 @@ Next takeEasy(const char*) {
     return Next::nextLine;
 }
 
-/// Reads a clock from the sixth byte on; one that cannot be read stays.
+// Reads a clock from the sixth byte on; one that cannot be read stays.
 static i32 clockFrom(const char* line, i32 former) {
     const char* text = fromByte(line, 6);
     i32 centiseconds = former;

@@ -1,11 +1,12 @@
 // The command loop for a person at a terminal. One thread does everything: what is typed during a think is seen when
 // it has ended. The chain of commands and what each replies are here; looks into the engine are in diagnostics.cpp.
+#include "frontend/internal.h"
+
 #include "board/board.h"
 #include "book/book.h"
 #include "frontend/config.h"
 #include "frontend/frontend.h"
 #include "frontend/game_end.h"
-#include "frontend/internal.h"
 #include "frontend/session.h"
 #include "frontend/time_allocation.h"
 #include "hash/hash.h"
@@ -41,7 +42,7 @@ static Next showHelp(const char*) {
     return Next::nextLine;
 }
 
-/// Deliberate: the transposition table is kept.
+// Deliberate: the transposition table is kept.
 static Next startNewGame(const char*) {
     EngineOptions.engineSide = 1;
     EngineOptions.gameOver = 0;
@@ -62,7 +63,7 @@ static Next playSideToMove(const char*) {
     return Next::replyStep;
 }
 
-/// Deliberate: stopSearch stays, unlike in the protocol.
+// Deliberate: stopSearch stays, unlike in the protocol.
 static Next playNeitherSide(const char*) {
     EngineOptions.engineSide = noEngineSide;
     return Next::nextLine;
@@ -101,7 +102,7 @@ static Next quit(const char*) {
 
 // ---- settings -------------------------------------------------------------------------------------------------
 
-/// Deliberate: 1 is accepted although the text says 2; the protocol refuses it.
+// Deliberate: 1 is accepted although the text says 2; the protocol refuses it.
 static Next setDepth(const char* line) {
     scanNumberBehind(line, "sd", commandNumber);
     if (commandNumber >= 1 && commandNumber <= highestDepth) {
@@ -159,7 +160,7 @@ static Next showBoard(const char*) {
     return Next::nextLine;
 }
 
-/// Deliberate: the record itself is turned; its key, en passant file, clock and repetition count stay.
+// Deliberate: the record itself is turned; its key, en passant file, clock and repetition count stay.
 static Next changeSideToMove(const char*) {
     flipBoard(*board);
     return Next::nextLine;
@@ -225,7 +226,7 @@ static bool looksLikeMove(const char* line) {
     return isFileLetter(line[0]) && isRankDigit(line[1]) && isFileLetter(line[2]) && isRankDigit(line[3]);
 }
 
-/// Deliberate: also after the end of a game, which the move decides anew.
+// Deliberate: also after the end of a game, which the move decides anew.
 static Next takeTypedMove(const char* line) {
     if (parseUserMove(line) == 1) {
         EngineOptions.gameOver = checkGameEnd();
@@ -254,7 +255,7 @@ static Next walkChain(const char* line) {
 
 // ---- the reply ------------------------------------------------------------------------------------------------
 
-/// Deliberate: whether the book's move can be played is not looked at, and there is no limit by move number here.
+// Deliberate: whether the book's move can be played is not looked at, and there is no limit by move number here.
 static bool playedFromBook() {
     char text[6];
     if (EngineOptions.book != 1 || bookProbe(EngineOptions.bookFile, text) != 0) {

@@ -1,9 +1,10 @@
 // The console's looks into the engine: named test positions, the evaluation's terms, sizes, keys and table probes. None
 // is in the help text, none is reachable in the protocol. Texts and column titles are Italian in part.
+#include "frontend/internal.h"
+
 #include "board/board.h"
 #include "eval/eval.h"
 #include "frontend/frontend.h"
-#include "frontend/internal.h"
 #include "hash/hash.h"
 #include "platform/print.h"
 #include "search/ordering.h"
@@ -70,7 +71,7 @@ constexpr TestPosition testPositions[] = {
 // What any line loads that begins with "p" and is nothing else.
 constexpr TestPosition lockedPawns = {"p", "8/k7/3p4/p2P1p2/P2P1P2/8/8/K7 w - -", showsBoard};
 
-/// Deliberate: no new game, the text overwrites the current record and the moves played stay below it.
+// Deliberate: no new game, the text overwrites the current record and the moves played stay below it.
 static Next loadTestPosition(const TestPosition& position) {
     if ((position.then & postsThinking) != 0) {
         EngineOptions.postThinking = 1;
@@ -152,7 +153,7 @@ static void printTerm(const char* label, EvalTerm term) {
     printTermRow(label, own, enemy, own - enemy);
 }
 
-/// Deliberate: the middle column shows the own material once more.
+// Deliberate: the middle column shows the own material once more.
 static void printMaterialTerm() {
     const i32 own = evalTerms[termMaterial];
     printTermRow("Materiale       ", own, own, own - evalTerms[evalTermCount + termMaterial]);
@@ -201,7 +202,7 @@ static Next showMaterialDraw(const char*) {
 template <typename Record>
 constexpr i32 bytesOf = static_cast<i32>(sizeof(Record));
 
-/// Deliberate: what the system calls int and has no record for stands as a fixed number.
+// Deliberate: what the system calls int and has no record for stands as a fixed number.
 static Next showRecordSizes(const char*) {
     print("Size of int:        %i byte\n", 4);
     print("Size of ys_hash:    %i byte\n", bytesOf<ys_hash>);

@@ -39,7 +39,7 @@ static void enterConsole() {
     consoleLoop();
 }
 
-/// Any line that names no mode is ignored without a word.
+// Any line that names no mode is ignored without a word.
 static void takeModeLine(const char* line) {
     if (hasPrefix(line, "xboard")) {
         enterProtocol();

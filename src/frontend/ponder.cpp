@@ -1,9 +1,10 @@
 // Searching beside the input: a think thread runs think(1), a monitor thread reads lines and decides what each means
 // for that search, and the main thread sleeps until both have ended. Shared fields are Relaxed; the start of the
 // threads and the joins order everything else. `board` belongs to the think thread meanwhile.
+#include "frontend/internal.h"
+
 #include "board/board.h"
 #include "frontend/frontend.h"
-#include "frontend/internal.h"
 #include "frontend/session.h"
 #include "frontend/time_allocation.h"
 #include "platform/platform.h"
@@ -13,7 +14,7 @@
 
 #include <cstring>
 
-/// The monitor's own notes for the main thread, which reads them after the join.
+// The monitor's own notes for the main thread, which reads them after the join.
 struct MonitorNotes {
     char* lastLine;  // lineBufferSize bytes
     bool inputEnded;
@@ -28,7 +29,7 @@ static void thinkThread(void*) {
 
 // ---- the monitor thread ---------------------------------------------------------------------------------------
 
-/// Deliberate: four bytes, so a promotion letter is not compared. Analysis expects no move.
+// Deliberate: four bytes, so a promotion letter is not compared. Analysis expects no move.
 static bool isExpectedMove(const char* text) {
     return EngineOptions.pondering == 1 && std::strncmp(text, EngineOptions.ponderText, 4) == 0;
 }
@@ -38,8 +39,8 @@ static void stopAndReplay() {
     EngineOptions.stopSearch = 1;
 }
 
-/// The move in `text` has been played: either the search goes on as the real one, or it ends and the line is taken
-/// again by the command loop.
+// The move in `text` has been played: either the search goes on as the real one, or it ends and the line is taken
+// again by the command loop.
 static void decideOnMove(const char* text) {
     if (isExpectedMove(text) && SearchInfo.iterationDepth < EngineOptions.safePly) {
         EngineOptions.replayCommand = 0;
@@ -58,7 +59,7 @@ static void stopForNewGame(MonitorNotes& notes) {
     notes.newGameWanted = true;
 }
 
-/// Returns whether `line` ends the monitor. Deliberate: every line that is not known here is dropped, "quit" too.
+// Returns whether `line` ends the monitor. Deliberate: every line that is not known here is dropped, "quit" too.
 static bool endsMonitor(const char* line, MonitorNotes& notes) {
     if (isWord(line, "exit")) {
         EngineOptions.engineSide = noEngineSide;
@@ -113,7 +114,7 @@ static void monitorThread(void* argument) {
 
 // ---- the pair -------------------------------------------------------------------------------------------------
 
-/// The process cannot go on without its threads; one of them may be searching, so nothing is torn down.
+// The process cannot go on without its threads; one of them may be searching, so nothing is torn down.
 static void startOrEnd(Thread& thread, i32 number, void (*entry)(void*), void* argument) {
     if (!startThread(thread, entry, argument)) {
         print("#DEBUG Errore nella creazione del thread %d\n", number);

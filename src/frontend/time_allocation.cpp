@@ -13,7 +13,7 @@ constexpr i32 comfortIncrement = 300;  // ... unless each move brings three seco
 constexpr i32 clockReserve = 500;      // an increment is spent only while more than this stays
 constexpr i32 openingMoves = 12;       // last move number that is played at the opening's speed
 
-/// What the clocks say about the divisor: less when ahead of the opponent, more when behind.
+// What the clocks say about the divisor: less when ahead of the opponent, more when behind.
 static i32 clockBalance(i32 engineClock, i32 opponentClock) {
     if (engineClock > opponentClock) {
         return -TimeControl.moreTime;
@@ -21,8 +21,8 @@ static i32 clockBalance(i32 engineClock, i32 opponentClock) {
     return engineClock < opponentClock ? TimeControl.lessTime : 0;
 }
 
-/// Switches pondering off when either clock is short, and hurries when the engine's is. Returns what the divisor
-/// rises by. Deliberate: neither `ponder` nor `minDepth` comes back by itself.
+// Switches pondering off when either clock is short, and hurries when the engine's is. Returns what the divisor
+// rises by. Deliberate: neither `ponder` nor `minDepth` comes back by itself.
 static i32 clockPressure(i32 engineClock, i32 opponentClock) {
     if (TimeControl.increment >= comfortIncrement) {
         return 0;
@@ -38,7 +38,7 @@ static i32 clockPressure(i32 engineClock, i32 opponentClock) {
     return TimeControl.fastGame;
 }
 
-/// The part of `engineClock` that `divisor` gives, and the increment if the clock can bear it.
+// The part of `engineClock` that `divisor` gives, and the increment if the clock can bear it.
 static i32 budgetOf(i32 engineClock, i32 divisor) {
     assert(divisor > 0);
     // Single precision is part of the behaviour.
@@ -49,7 +49,7 @@ static i32 budgetOf(i32 engineClock, i32 divisor) {
     return increment > 0 && clockBearsIncrement ? share + increment : share;
 }
 
-/// Deliberate: movesPerSession has no say, 40 moves in 5 minutes are budgeted like a game of 5 minutes.
+// Deliberate: movesPerSession has no say, 40 moves in 5 minutes are budgeted like a game of 5 minutes.
 static void setBudget() {
     const i32 engineClock = TimeControl.engineClock;
     const i32 opponentClock = TimeControl.opponentClock;

@@ -1,11 +1,12 @@
 // The protocol loop: takes commands, keeps the flow of the game, decides when the engine moves and starts pondering.
 // No input is read during an ordinary think; a ponder or analyze search runs beside a monitor (ponder.cpp), whose last
 // line may come back here as the next command.
+#include "frontend/internal.h"
+
 #include "board/board.h"
 #include "book/book.h"
 #include "frontend/frontend.h"
 #include "frontend/game_end.h"
-#include "frontend/internal.h"
 #include "frontend/session.h"
 #include "frontend/time_allocation.h"
 #include "frontend/version.h"
@@ -56,7 +57,7 @@ static Next takeName(const char* line) {
     return Next::nextLine;
 }
 
-/// Deliberate: known, and without effect.
+// Deliberate: known, and without effect.
 static Next dropValue(const char*) {
     return Next::nextLine;
 }
@@ -77,7 +78,7 @@ static Next startNewGame(const char*) {
     return Next::replyStep;
 }
 
-/// Deliberate: moveNumber stays.
+// Deliberate: moveNumber stays.
 static Next undoMove(const char*) {
     takeBackMove();
     return Next::nextLine;
@@ -109,14 +110,14 @@ static Next leaveAnalysis(const char* line) {
     return playNeitherSide(line);
 }
 
-/// Deliberate: a text that is refused is not reported.
+// Deliberate: a text that is refused is not reported.
 static Next setPosition(const char* line) {
     newGame();
     fenToBoard(fromByte(line, 10));
     return Next::nextLine;
 }
 
-/// The expected move comes off the board.
+// The expected move comes off the board.
 static void endPondering() {
     if (EngineOptions.pondering == 1 && EngineOptions.ponderMove != 0) {
         EngineOptions.pondering = 0;
@@ -151,7 +152,7 @@ static Next analyzePosition(const char*) {
 
 // ---- settings -------------------------------------------------------------------------------------------------
 
-/// Deliberate: the errors show the value sent where a limit is meant.
+// Deliberate: the errors show the value sent where a limit is meant.
 static Next setDepth(const char* line) {
     scanNumberBehind(line, "sd", commandNumber);
     if (commandNumber >= lowestDepth && commandNumber <= highestDepth) {
@@ -187,7 +188,7 @@ static Next setMemory(const char* line) {
     return Next::nextLine;
 }
 
-/// Deliberate: a number that cannot be read leaves the former value, which is multiplied again.
+// Deliberate: a number that cannot be read leaves the former value, which is multiplied again.
 static Next setLevel(const char* line) {
     const char* text = fromByte(line, 7);
     i32 minutes = TimeControl.engineClock;
@@ -249,8 +250,8 @@ static void forgetPondering() {
     EngineOptions.replayCommand = 0;
 }
 
-/// Deliberate: whether the book's move can be played is not looked at, and neither the game's end nor pondering
-/// follows.
+// Deliberate: whether the book's move can be played is not looked at, and neither the game's end nor pondering
+// follows.
 static bool playedFromBook() {
     char text[6];
     if (TimeControl.moveNumber > lastBookMove || EngineOptions.book != 1 ||
@@ -266,14 +267,14 @@ static bool playedFromBook() {
     return true;
 }
 
-/// The opponent has played the expected move, and the ponder search was deep enough.
+// The opponent has played the expected move, and the ponder search was deep enough.
 static bool ponderResultHolds() {
     return EngineOptions.ponder == 1 && TimeControl.moveNumber >= firstPonderedMove &&
            EngineOptions.lastUserMove == EngineOptions.ponderMove && EngineOptions.ponderBest != 0 &&
            SearchInfo.iterationDepth >= EngineOptions.safePly;
 }
 
-/// Deliberate: neither the game's end nor new pondering follows.
+// Deliberate: neither the game's end nor new pondering follows.
 static void playPonderResult() {
     const Mossa move = EngineOptions.ponderBest;
     printMove(move);
@@ -298,7 +299,7 @@ static bool mayPonder() {
            TimeControl.moveNumber >= firstPonderedMove;
 }
 
-/// Puts the expected move on the board; says so if there is none.
+// Puts the expected move on the board; says so if there is none.
 static bool expectedMoveStands() {
     if (EngineOptions.ponderMove == 0) {
         print("#DEBUG Errore ponderMove vuota (gs_lineH.argmove[1]) \n");
@@ -315,7 +316,7 @@ static bool expectedMoveStands() {
     return true;
 }
 
-/// Plays what the search has found, and goes on as long as a ponder search has become the real one meanwhile.
+// Plays what the search has found, and goes on as long as a ponder search has become the real one meanwhile.
 static Next playAndPonder() {
     for (;;) {
         playSearchResult();
@@ -368,7 +369,7 @@ static void enter() {
     hashClear(EngineOptions.hashEntries);
 }
 
-/// The flag is cleared as the replayed line is taken: one that a new ponder search raises in the same pass counts.
+// The flag is cleared as the replayed line is taken: one that a new ponder search raises in the same pass counts.
 static bool takeLine(char (&line)[lineBufferSize]) {
     flushOutput();
     lineIsReplay = EngineOptions.replayCommand != 0;

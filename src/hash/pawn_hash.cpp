@@ -1,7 +1,8 @@
 // The pawn hash: what the evaluation has worked out for a placement of pawns. It outlives searches and games; entries
 // depend on nothing but the pawns, so play never clears it. Owned by the thread that searches.
-#include "frontend/frontend.h"
 #include "hash/hash.h"
+
+#include "frontend/frontend.h"
 #include "hash/internal.h"
 #include "hash/random64.h"
 #include "platform/platform.h"

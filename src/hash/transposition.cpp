@@ -1,8 +1,9 @@
 // The transposition table: one flat array, one record an index, no buckets and no ages. Emptying it at each think would
 // cost a pass over gigabytes, so a stored record carries the number of its generation in bits that a move never has,
 // and one of another generation reads as an empty slot. Memory is taken from the system only where a record is stored.
-#include "board/board.h"
 #include "hash/hash.h"
+
+#include "board/board.h"
 #include "hash/internal.h"
 #include "platform/platform.h"
 #include "platform/print.h"

@@ -32,6 +32,7 @@ struct MappedFile {
 enum class MapResult : u8 { mapped, cannotOpen, cannotMap };
 /// Maps a regular file. An empty file cannot be mapped.
 [[nodiscard]] MapResult mapFile(const char* path, MappedFile& file);
+/// Gives the mapping back; `file` is empty afterwards. Nothing happens to an empty one.
 void unmapFile(MappedFile& file);
 
 /// Zeroed memory of whole pages, taken from the system only when touched; null if it cannot be had, or is more than
@@ -39,6 +40,7 @@ void unmapFile(MappedFile& file);
 /// largePages  worth asking the system for large pages. They come slowly, so that all are taken here and now, while no
 ///             clock runs.
 [[nodiscard]] void* allocatePages(std::size_t bytes, bool largePages);
+/// Gives back what allocatePages gave, with the same number of bytes. Null is allowed.
 void freePages(void* memory, std::size_t bytes);
 /// Makes the memory zero again by giving its pages back.
 void zeroPages(void* memory, std::size_t bytes);
@@ -48,8 +50,8 @@ void ignoreInterrupts();
 
 /// Makes standard input and output unbuffered.
 void setUpStandardStreams();
-/// To be called when reading or writing a standard stream has failed: whether it failed only because the stream does not
-/// block, as another program may have left it, and was not ready. Waits then until it is.
+/// For a standard stream that has just failed to read or write. If it only was not ready, because another program has
+/// left it in a state in which it does not block: waits until it is, and returns true.
 [[nodiscard]] bool waitedForStream(std::FILE* stream);
 /// Whether standard output and standard error lead to the same pipe or file.
 [[nodiscard]] bool errorSharesOutput();

@@ -1,8 +1,9 @@
 // What ends a node before its moves are looked at: the clock, a stop from outside, a draw by the rules.
+#include "search/internal.h"
+
 #include "board/board.h"
 #include "frontend/frontend.h"
 #include "platform/platform.h"
-#include "search/internal.h"
 #include "search/search_watch.h"
 
 constexpr u32 clockPollMask = 1023;  // the clock is read once in 1024 nodes

@@ -1,9 +1,10 @@
 // The search at the horizon: captures and promotions, evasions, and checks on the first two levels, until the
 // position is quiet. No hash table, no mate scores.
+#include "search/internal.h"
+
 #include "board/board.h"
 #include "board/make_move.h"
 #include "eval/eval.h"
-#include "search/internal.h"
 
 constexpr i32 lazyMargin = 499;         // centipawns beyond the window at which no evaluation is made
 constexpr i32 wholeBoardMargin = 1000;  // more than any capture brings

@@ -1,9 +1,10 @@
 // One search of the root list at a given depth and window. The list is searched in the order it has, every move with
 // the full window; its scores make the order of the next iteration.
+#include "search/internal.h"
+
 #include "board/board.h"
 #include "frontend/thinking_output.h"
 #include "hash/hash.h"
-#include "search/internal.h"
 
 // Mated, or nothing to move.
 static i16 emptyRootValue(i32 depth, i32 mateScore) {

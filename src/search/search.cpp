@@ -1,13 +1,14 @@
 // The recursive search: fail-hard alpha-beta with the full window at every node. `searchNode` lists the decisions of
 // a node in their order, each is a function above it. Mate distance travels as an argument, and the bound of the hash
 // slot, be it another position's, decides which pruning may run.
+#include "search/internal.h"
+
 #include "board/board.h"
 #include "board/make_move.h"
 #include "board/node_checks.h"
 #include "eval/eval.h"
 #include "frontend/frontend.h"
 #include "hash/hash.h"
-#include "search/internal.h"
 #include "tablebase/tablebase.h"
 
 namespace {

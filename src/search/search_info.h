@@ -23,5 +23,6 @@ struct PvLine {
     std::array<u32, lineMax> argmove;
 };
 
-/// The line of the root: argmove[0] is the best move, argmove[1] the expected reply. Written by rootSearch.
+/// The line of the root: argmove[0] is the best move, argmove[1] the expected reply. think empties it, or writes an only
+/// move into it; rootSearch writes it when a move raises alpha, in an attempt that is stopped later too.
 extern PvLine gs_lineH;

@@ -1,12 +1,13 @@
 // From a position to a move: the root list, the tables cleared, and the search at growing depth with a narrow window
 // around the last score, until the clock or the depth limit ends it.
+#include "search/search.h"
+
 #include "board/board.h"
 #include "frontend/frontend.h"
 #include "frontend/thinking_output.h"
 #include "hash/hash.h"
 #include "platform/platform.h"
 #include "search/internal.h"
-#include "search/search.h"
 #include "search/search_watch.h"
 #include "tablebase/tablebase.h"
 

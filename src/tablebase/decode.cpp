@@ -139,8 +139,8 @@ static u32 findSymbol(const streamData& d, u32 block, i32& value) {
     }
 }
 
-// Down the pairs to the leaf that holds the value. Spans are sums of those below, so this ends. Written without a
-// branch on the value, which nothing foretells.
+// Down the pairs to the leaf that holds the value. A pair spans more than each of its halves, so this ends. Left or
+// right cannot be predicted, so there is no branch on it.
 static i32 leafValue(const streamData& d, u32 symbol, i32 value) {
     while (d.symbolSpan[symbol] != 0) {
         const u8* pair = d.symbolPairs + u64{3} * symbol;

@@ -158,9 +158,13 @@ void dropTable(const TableMaterial& material);
 
 using TablePos = std::array<i32, tbMenMax>;  // squares in the table's piece order
 
+/// Fill groupSize from `pieces`: the leading group (pawns of a side with pawns, else three or two unlike men), then like
+/// men together.
 void setGroupsPiece(const TableMaterial& material, TableSide& side);
 void setGroupsPawn(const TableMaterial& material, TableSide& side);
-/// Fill groupFactor and return the number of indices. The orders must be places of different groups.
+/// Fill groupFactor and return the number of indices. `pivotOrder`, and `pawnOrder` for the pawns that do not lead (15
+/// without any), are the places of their groups in the order of the index, and must differ. `file` is the leading
+/// pawn's, folded to 0 to 3.
 u64 computeFactorsPiece(const TableMaterial& material, TableSide& side, i32 pivotOrder);
 u64 computeFactorsPawn(const TableMaterial& material, TableSide& side, i32 pivotOrder, i32 pawnOrder,
                        i32 file);
@@ -177,6 +181,7 @@ u64 computeFactorsPawn(const TableMaterial& material, TableSide& side, i32 pivot
 /// Maps and sets up the WDL table. Returns 1, or 0 after "Corrupted table."; ends the process with status 1 if the
 /// file cannot be opened or mapped. Nothing of the file is trusted.
 [[nodiscard]] i32 loadTableWdl(tbEntry& entry, const char* name);
+/// Gives its streams and mapping back; the record may be loaded again.
 void unloadTableWdl(tbEntry& entry);
 
 /// Maps and sets up the DTZ table of that material, likewise; null if it is corrupted or there is no memory.

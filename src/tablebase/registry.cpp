@@ -1,11 +1,11 @@
 // Which tables exist: at start-up every possible name is tried, and a record kept for each WDL file found, under keys
 // of its material. No file is mapped here.
 #include "tablebase/internal.h"
-#include "tablebase/tablebase.h"
 
 #include "hash/random64.h"
 #include "platform/print.h"
 #include "platform/split_mix.h"
+#include "tablebase/tablebase.h"
 
 #include <algorithm>
 #include <cstdio>

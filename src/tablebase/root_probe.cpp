@@ -1,7 +1,8 @@
 // The tables at the root: ranks the moves by distance, with the fifty-move rule and repetitions in view, and cuts the
 // list down to those that keep the result.
-#include "tablebase/internal.h"
 #include "tablebase/tablebase.h"
+
+#include "tablebase/internal.h"
 
 #include <algorithm>
 

@@ -1,7 +1,8 @@
 // Checks the probes against a file of positions with known values: one a line, FEN, distance and WDL, by commas.
+#include "tablebase/tablebase.h"
+
 #include "platform/platform.h"
 #include "platform/print.h"
-#include "tablebase/tablebase.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,8 @@
 // From the position at `board` to the value that a table stores for it: finding the table, loading it at first use,
 // gathering the squares in its order and frame.
-#include "board/attacks.h"
 #include "tablebase/internal.h"
+
+#include "board/attacks.h"
 #include "tablebase/tablebase.h"
 
 #include <algorithm>

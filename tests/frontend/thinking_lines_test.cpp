@@ -1,6 +1,6 @@
 // The thinking lines, to the byte.
-#include "frontend/session.h"
 #include "frontend/thinking_lines.h"
+#include "frontend/session.h"
 #include "frontend_support.h"
 #include "platform/platform.h"
 

@@ -40,7 +40,8 @@ TEST(Pages, ThatCannotBeHadAreRefused) {
 static i64 residentPages(void* memory) {
     std::vector<unsigned char> states((bytes + 4095) / 4096);
     return mincore(memory, bytes, states.data()) == 0
-               ? std::count_if(states.begin(), states.end(), [](unsigned char state) { return (state & 1) != 0; })
+               ? std::count_if(states.begin(), states.end(),
+                               [](unsigned char state) { return (state & 1) != 0; })
                : -1;
 }
 

@@ -1,8 +1,8 @@
 // A folder with table files for one test, and the simplest of files.
 #pragma once
 
-#include "table_writer.h"
 #include "support/test_data.h"
+#include "table_writer.h"
 #include "tablebase/internal.h"
 #include "tablebase/tablebase.h"
 
