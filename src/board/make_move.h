@@ -54,11 +54,10 @@ struct MenOfMove {
     return {moveKind(move) & 7, moveFrom(move) & 63, moveTo(move) & 63, 0};
 }
 
-/// Asserts that the record at `board`, just made in full by `move`, has the key and the score that its men have. Not
-/// asked where the record below has others itself (newGame keeps a score), where its board is none of a game (no king,
-/// several, damaged by the text that set it up), and where the move does not fit the men: there key and score go their
-/// own way.
-void checkRecord(const MoveParts& move);
+/// Whether the record at `board`, just made in full by `move`, has the key and the score that its men have. Also true
+/// where the record below has others itself (newGame keeps a score), where its board is none of a game (no king, several,
+/// damaged by the text that set it up), and where the move does not fit the men: there key and score go their own way.
+[[nodiscard]] bool madeRecordIsTrue(const MoveParts& move);
 
 namespace node {
 
@@ -330,7 +329,7 @@ template <MakeDepth How>
     }
     ++board;
     if constexpr (How == MakeDepth::full && recordsAreChecked) {
-        checkRecord(move);
+        assert(madeRecordIsTrue(move));
     }
 }
 
