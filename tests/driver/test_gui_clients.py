@@ -19,8 +19,8 @@ except ImportError:
     chess = None
 
 SLOW = bool(os.environ.get("TARVELMON_SANITIZE"))
-OPENINGS = 8 if SLOW else 50
-TIMEOUT = 300 if SLOW else 60
+OPENINGS = 50
+TIMEOUT = 60
 
 
 class Complaints(logging.Handler):
@@ -43,6 +43,8 @@ class Client(unittest.TestCase):
     def setUpClass(cls):
         if cls is Client or chess is None:
             raise unittest.SkipTest("python-chess cannot be imported")
+        if SLOW:
+            raise unittest.SkipTest("the client's own time limits are too short for a sanitizer")
 
     def setUp(self):
         folder = tempfile.TemporaryDirectory(prefix="tarvelmon-")
@@ -127,7 +129,7 @@ class Client(unittest.TestCase):
         board = chess.Board()
         board.push_san("e4")
         with self.start() as engine:
-            for seconds in (0.1, 0.5, 1.0) if SLOW else (0.1, 0.3, 1.0, 2.0, 5.0):
+            for seconds in (0.1, 0.3, 1.0, 2.0, 5.0):
                 begun = time.monotonic()
                 info = engine.analyse(board, chess.engine.Limit(time=seconds))
                 self.assertGreaterEqual(time.monotonic() - begun, seconds - 0.05)
