@@ -72,7 +72,10 @@ static void evaluateWithWarmPawnHash(benchmark::State& state) {
     }
     state.SetItemsProcessed(state.iterations() * static_cast<i64>(positions.size()));
 }
-BENCHMARK(evaluateWithWarmPawnHash)->Iterations(repeats(40))->Repetitions(repeats(9))->Unit(benchmark::kMillisecond);
+BENCHMARK(evaluateWithWarmPawnHash)
+    ->Iterations(repeats(40))
+    ->Repetitions(repeats(9))
+    ->Unit(benchmark::kMillisecond);
 
 int main(int argc, char** argv) {
     initBoardTables();

@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # Sourced by the start scripts: finds out what of the tools is missing and installs it. Says everything on standard
 # error and reads nothing, for standard input and output belong to the engine.
 

@@ -35,8 +35,8 @@ struct Standing {
 /// The same by the move itself.
 [[nodiscard]] const LegalMove* findLegal(const Standing& standing, Mossa move);
 
-/// Why `text`, which findLegal does not know, is not legal: a few words without a full stop.
-[[nodiscard]] std::string whyIllegal(const Standing& standing, std::string_view text);
+/// Why `given`, which findLegal does not know, is not legal: a few words without a full stop.
+[[nodiscard]] std::string whyIllegal(const Standing& standing, std::string_view given);
 
 /// Letters of the men by real squares, a1 first; a blank for an empty square.
 [[nodiscard]] std::string menOf(const Scacchiera& position);

@@ -166,7 +166,7 @@ static Outcome runOrder() {
         return search();
     }
     makeMove(order.expected);
-    const Outcome outcome = search();
+    Outcome outcome = search();
     --board;
     return outcome;
 }

@@ -70,7 +70,7 @@ void endSearchThread();
 void searchInPlace(u64 nodes);
 
 /// Starts a search. Before: none runs, the settings are applied and the budget is set (budget.h).
-void startSearch(const SearchOrder& order);
+void startSearch(const SearchOrder& given);
 
 [[nodiscard]] bool searchRuns();
 

@@ -22,13 +22,13 @@ static std::filesystem::path userFolder() {
         const char* const text = std::getenv(name);
         return std::filesystem::path(text != nullptr ? text : "");
     };
-    if (const auto home = variable("TARVELMON_HOME"); !home.empty()) {
+    if (auto home = variable("TARVELMON_HOME"); !home.empty()) {
         return home;
     }
     if (const auto data = variable("XDG_DATA_HOME"); !data.empty()) {
         return data / "tarvelmon";
     }
-    const auto home = variable("HOME");
+    auto home = variable("HOME");
     return home.empty() ? home : home / ".local" / "share" / "tarvelmon";
 }
 

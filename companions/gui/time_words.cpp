@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 
 constexpr i64 longestSeconds = 10'000'000;
 
@@ -17,7 +18,7 @@ std::optional<i64> secondsIn(std::string_view word) {
     }
     const bool tooLong =
         error == std::errc::result_out_of_range || seconds > static_cast<double>(longestSeconds);
-    return tooLong ? longestSeconds * 1000 : static_cast<i64>(seconds * 1000 + 0.5);
+    return tooLong ? longestSeconds * 1000 : i64{std::llround(seconds * 1000)};
 }
 
 std::optional<i32> baseTimeIn(std::string_view word) {

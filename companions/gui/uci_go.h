@@ -23,9 +23,9 @@ struct GoLimits {
     std::vector<Mossa> only;
 };
 
-/// Reads the words; unknown ones, and numbers that are none, are passed over. Moves of "searchmoves" that are not legal
+/// Reads the words of `text`; unknown ones, and numbers that are none, are passed over. Moves of "searchmoves" that are not legal
 /// in `standing` are dropped.
-[[nodiscard]] GoLimits readGo(std::string_view words, const Standing& standing);
+[[nodiscard]] GoLimits readGo(std::string_view text, const Standing& standing);
 
 /// Whether nothing says when the search is to end: only "stop" ends it.
 [[nodiscard]] bool isEndless(const GoLimits& limits);

@@ -5,6 +5,7 @@
 #include "platform/bits.h"
 
 #include <array>
+#include <cstddef>
 
 /// Static value of the position, 16 bits. May set EngineOptions.kingDanger, never clears it; reads and fills the pawn
 /// hash, so the order and number of calls can show in later values. The record at `board` is as before afterwards.
@@ -41,4 +42,4 @@ enum EvalTerm : u32 {
 
 /// Breakdown by term for the console: the terms of the side to move, then its opponent's. Deliberate: evaluate does not
 /// write it.
-extern std::array<i32, 2 * evalTermCount> evalTerms;
+extern std::array<i32, std::size_t{2} * evalTermCount> evalTerms;

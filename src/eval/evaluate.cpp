@@ -8,7 +8,7 @@
 
 #include <algorithm>
 
-constinit std::array<i32, 2 * evalTermCount> evalTerms{};
+constinit std::array<i32, std::size_t{2} * evalTermCount> evalTerms{};
 
 constexpr TBB outpostSquares = 0x3C3C18000000;  // d4 e4, c5 to f5, c6 to f6
 
