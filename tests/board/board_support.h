@@ -6,6 +6,7 @@
 #include "frontend/frontend.h"
 #include "frontend/session.h"
 #include "search/search_info.h"
+#include "support/position.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -15,36 +16,10 @@
 #include <string>
 #include <vector>
 
-/// The position of `fen` in record 0 of a new game, nothing else on the stack.
-inline void setUp(const char* fen) {
-    newGame();
-    boardStack.fill(Scacchiera{});
-    newGame();
-    ASSERT_EQ(fenToBoard(fen), 1) << fen;
-    SearchInfo.nodes = 0;
-}
-
 inline std::string textOf(Mossa move) {
     char text[6];
     moveToText(text, move, *board);
     return text[4] == ' ' ? std::string(text, 4) : std::string(text);
-}
-
-/// Plays moves given as blank-separated text; each must be accepted.
-inline void play(const std::string& moves) {
-    std::size_t start = 0;
-    while (start < moves.size()) {
-        const std::size_t end = std::min(moves.find(' ', start), moves.size());
-        const std::string move = moves.substr(start, end - start);
-        ASSERT_EQ(parseUserMove(move.c_str()), 1) << move;
-        start = end + 1;
-    }
-}
-
-inline bool sameRecord(const Scacchiera& a, const Scacchiera& b) {
-    return std::memcmp(&a, &b, offsetof(Scacchiera, castleRights)) == 0 && a.castleRights == b.castleRights &&
-           a.epFile == b.epFile && a.rule50 == b.rule50 && a.stateFlags == b.stateFlags &&
-           a.psqScore == b.psqScore;
 }
 
 inline std::vector<std::string> texts(const QuietList& list) {

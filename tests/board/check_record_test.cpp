@@ -9,7 +9,7 @@ constexpr Mossa pawnStep = makeMossa(MOVE_PAWN, 12, 20);
 constexpr const char* startFen = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1";
 
 TEST(CheckRecord, FindsAWrongKeyAndAWrongScore) {
-    setUp(startFen);
+    setUpPosition(startFen);
     makeMove(pawnStep);
     EXPECT_TRUE(madeRecordIsTrue(partsOf(pawnStep)));
     board->hashKey ^= 1;
@@ -20,7 +20,7 @@ TEST(CheckRecord, FindsAWrongKeyAndAWrongScore) {
 }
 
 TEST(CheckRecord, EndsTheProcessOnlyWhereItIsBuiltIn) {
-    setUp(startFen);
+    setUpPosition(startFen);
     NodeMoves moves = nodeMoves();
     moves.keyBase ^= 1;
     if (recordsAreChecked) {
@@ -31,7 +31,7 @@ TEST(CheckRecord, EndsTheProcessOnlyWhereItIsBuiltIn) {
 }
 
 TEST(CheckRecord, ARecordWithAKeptScoreMayGoOnWithIt) {
-    setUp(startFen);
+    setUpPosition(startFen);
     board->psqScore = 77;
     EXPECT_TRUE(tryMove(nodeMoves(), pawnStep));
     EXPECT_EQ(board->psqScore, easyVal() - 77);
@@ -40,7 +40,7 @@ TEST(CheckRecord, ARecordWithAKeptScoreMayGoOnWithIt) {
 
 TEST(CheckRecord, AMoveOfAnotherPositionMayDiffer) {
     constexpr Mossa stray = makeMossa(CAPT_QUEEN, 12, 52);
-    setUp(startFen);
+    setUpPosition(startFen);
     makeMove(stray);
     EXPECT_NE(board->psqScore, easyVal());
     EXPECT_TRUE(madeRecordIsTrue(partsOf(stray)));
@@ -48,7 +48,7 @@ TEST(CheckRecord, AMoveOfAnotherPositionMayDiffer) {
 
 // Castling with a right and no rook makes men from nothing.
 TEST(CheckRecord, ABoardThatNoGameReachesMayDiffer) {
-    setUp("4k3/8/8/8/8/8/8/4K3 w K - 0 1");
+    setUpPosition("4k3/8/8/8/8/8/8/4K3 w K - 0 1");
     makeMove(castleShort);
     EXPECT_NE(board->psqScore, easyVal());
     EXPECT_TRUE(madeRecordIsTrue(partsOf(castleShort)));

@@ -3,41 +3,41 @@
 #include "support/test_data.h"
 
 TEST(InCheck, IsEmptyInTheStartPosition) {
-    setUp("rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1");
+    setUpPosition("rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1");
     EXPECT_EQ(inCheck(), 0U);
     EXPECT_EQ(leftInCheck(), 0U);
 }
 
 TEST(InCheck, HoldsEveryChecker) {
-    setUp("4k3/8/8/8/8/8/4q3/r3K3 w - - 0 1");
+    setUpPosition("4k3/8/8/8/8/8/4q3/r3K3 w - - 0 1");
     EXPECT_EQ(inCheck(), squareBit(0) | squareBit(12));
-    setUp("4k3/8/8/8/8/3p1p2/3pkp2/4K3 w - - 0 1");
+    setUpPosition("4k3/8/8/8/8/3p1p2/3pkp2/4K3 w - - 0 1");
     EXPECT_EQ(inCheck(), squareBit(11) | squareBit(12) | squareBit(13)) << "the enemy king counts";
-    setUp("4k3/8/3n4/8/8/8/8/4K3 w - - 0 1");
+    setUpPosition("4k3/8/3n4/8/8/8/8/4K3 w - - 0 1");
     EXPECT_EQ(inCheck(), 0U);
     EXPECT_EQ(leftInCheck(), 0U);
-    setUp("4k3/8/8/8/8/3n4/8/4K3 w - - 0 1");
+    setUpPosition("4k3/8/8/8/8/3n4/8/4K3 w - - 0 1");
     EXPECT_EQ(inCheck(), squareBit(19));
 }
 
 TEST(LeftInCheck, HoldsTheMoversAttackers) {
-    setUp("4k3/3P4/8/8/8/8/4R3/4K3 w - - 0 1");
+    setUpPosition("4k3/3P4/8/8/8/8/4R3/4K3 w - - 0 1");
     EXPECT_EQ(leftInCheck(), squareBit(51) | squareBit(12));
-    setUp("7k/6P1/8/8/8/8/8/4K3 w - - 0 1");
+    setUpPosition("7k/6P1/8/8/8/8/8/4K3 w - - 0 1");
     EXPECT_EQ(leftInCheck(), squareBit(54));
 }
 
 TEST(Checks, DoNotRunRoundTheBoardsEdge) {
-    setUp("8/8/8/8/7k/P7/8/K7 w - - 0 1");
+    setUpPosition("8/8/8/8/7k/P7/8/K7 w - - 0 1");
     EXPECT_EQ(leftInCheck(), 0U);
-    setUp("8/8/8/7p/K7/8/8/7k w - - 0 1");
+    setUpPosition("8/8/8/7p/K7/8/8/7k w - - 0 1");
     EXPECT_EQ(inCheck(), 0U);
-    setUp("8/8/7p/K7/8/8/8/7k w - - 0 1");
+    setUpPosition("8/8/7p/K7/8/8/8/7k w - - 0 1");
     EXPECT_EQ(inCheck(), 0U);
 }
 
 TEST(Checks, AreEmptyWithoutAKing) {
-    setUp("q7/8/8/8/8/8/8/Q7 w - - 0 1");
+    setUpPosition("q7/8/8/8/8/8/8/Q7 w - - 0 1");
     EXPECT_EQ(inCheck(), 0U);
     EXPECT_EQ(leftInCheck(), 0U);
 }
@@ -53,7 +53,7 @@ TEST(NodeMoves, TryMoveIsMakeMoveAndLeftInCheck) {
             continue;
         }
         SCOPED_TRACE(line);
-        setUp(line.c_str() + 4);
+        setUpPosition(line.c_str() + 4);
         const NodeMoves shared = nodeMoves();
         EXPECT_EQ(shared.checkers, inCheck());
         MoveArray all;

@@ -178,7 +178,7 @@ static const char* afterE4 = R"(
 )";
 
 TEST(BoardPrint, HasWhiteAtTheBottomWhoeverIsToMove) {
-    setUp("rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1");
+    setUpPosition("rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1");
     play("e2e4");
     const Scacchiera before = *board;
     EXPECT_EQ(printed(), afterE4);

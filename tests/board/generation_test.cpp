@@ -23,7 +23,7 @@ static std::vector<std::string> captures() {
 }
 
 TEST(Generation, StartPositionHasTwentyQuietMovesKnightsFirst) {
-    setUp("rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1");
+    setUpPosition("rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1");
     EXPECT_THAT(captures(), IsEmpty());
     EXPECT_THAT(quiets(),
                 ElementsAre("b1a3", "b1c3", "g1f3", "g1h3", "a2a3", "a2a4", "b2b3", "b2b4", "c2c3", "c2c4",
@@ -31,7 +31,7 @@ TEST(Generation, StartPositionHasTwentyQuietMovesKnightsFirst) {
 }
 
 TEST(Generation, PromotionsAreCapturesInOrderQueenRookBishopKnight) {
-    setUp("8/4P3/8/8/8/k7/8/K7 w - - 0 1");
+    setUpPosition("8/4P3/8/8/8/k7/8/K7 w - - 0 1");
     MoveList list;
     genCaptures(list);
     EXPECT_THAT(texts(list), ElementsAre("e7e8q", "e7e8r", "e7e8b", "e7e8n"));
@@ -43,20 +43,20 @@ TEST(Generation, PromotionsAreCapturesInOrderQueenRookBishopKnight) {
 }
 
 TEST(Generation, CapturesScoreVictimFirstThenCheapestAttacker) {
-    setUp("k7/8/8/3q4/2P1P3/1B6/8/K2R4 w - - 0 1");
+    setUpPosition("k7/8/8/3q4/2P1P3/1B6/8/K2R4 w - - 0 1");
     MoveList list;
     genCaptures(list);
     ASSERT_THAT(texts(list), ElementsAre("c4d5", "e4d5", "d1d5"));
     EXPECT_EQ(list.entries[0].score, 85);
     EXPECT_EQ(list.entries[2].score, 82);
-    setUp("k7/8/8/8/8/8/1p6/K7 w - - 0 1");
+    setUpPosition("k7/8/8/8/8/8/1p6/K7 w - - 0 1");
     genCaptures(list);
     ASSERT_THAT(texts(list), ElementsAre("a1b2"));
     EXPECT_EQ(list.entries[0].score, 16);
 }
 
 TEST(Generation, APromotionThatCapturesAQueenScoresAsAnyPromotion) {
-    setUp("3q3k/4P3/8/8/8/8/8/K7 w - - 0 1");
+    setUpPosition("3q3k/4P3/8/8/8/8/8/K7 w - - 0 1");
     MoveList list;
     genCaptures(list);
     EXPECT_EQ(textOf(list.entries[1].move), "e7d8r");
@@ -64,25 +64,25 @@ TEST(Generation, APromotionThatCapturesAQueenScoresAsAnyPromotion) {
 }
 
 TEST(Generation, EnPassantComesFirstAndOnlyWithAFile) {
-    setUp("4k3/8/8/3pPp2/8/8/8/4K3 w - d6 0 1");
+    setUpPosition("4k3/8/8/3pPp2/8/8/8/4K3 w - d6 0 1");
     MoveList list;
     genCaptures(list);
     ASSERT_THAT(texts(list), ElementsAre("e5d6"));
     EXPECT_EQ(list.entries[0].score, 21);
     genCapturesNoEp(list);
     EXPECT_EQ(list.count, 0);
-    setUp("4k3/8/8/3pPp2/8/8/8/4K3 w - - 0 1");
+    setUpPosition("4k3/8/8/3pPp2/8/8/8/4K3 w - - 0 1");
     genCaptures(list);
     EXPECT_EQ(list.count, 0);
-    setUp("4k3/8/8/P6p/8/8/8/4K3 w - h6 0 1");
+    setUpPosition("4k3/8/8/P6p/8/8/8/4K3 w - h6 0 1");
     genCaptures(list);
     EXPECT_EQ(list.count, 0) << "no capture round the edge";
 }
 
 TEST(Generation, ABlockedPawnHasNoDoubleStep) {
-    setUp("4k3/8/8/8/8/p7/P7/4K3 w - - 0 1");
+    setUpPosition("4k3/8/8/8/8/p7/P7/4K3 w - - 0 1");
     EXPECT_THAT(quiets(), Not(Contains("a2a4")));
-    setUp("4k3/8/8/8/p7/8/P7/4K3 w - - 0 1");
+    setUpPosition("4k3/8/8/8/p7/8/P7/4K3 w - - 0 1");
     EXPECT_THAT(quiets(), Contains("a2a3"));
     EXPECT_THAT(quiets(), Not(Contains("a2a4")));
 }
@@ -111,7 +111,7 @@ static const CastlingCase castlingCases[] = {
 TEST(Generation, CastlingPassesItsTests) {
     for (const CastlingCase& c : castlingCases) {
         SCOPED_TRACE(c.name);
-        setUp(c.fen);
+        setUpPosition(c.fen);
         QuietList list;
         genQuiets(list);
         const auto has = [&list](Mossa move) {
@@ -124,7 +124,7 @@ TEST(Generation, CastlingPassesItsTests) {
 }
 
 TEST(Generation, ADoubleCheckIsAnsweredByTheKingAlone) {
-    setUp("4k3/8/8/8/8/3n4/8/r3K2R w K - 0 1");
+    setUpPosition("4k3/8/8/8/8/3n4/8/r3K2R w K - 0 1");
     ASSERT_EQ(popCount(inCheck()), 2);
     MoveList list;
     QuietList rest;
@@ -137,7 +137,7 @@ TEST(Generation, ADoubleCheckIsAnsweredByTheKingAlone) {
 }
 
 TEST(Generation, AKnightsCheckIsNotBlocked) {
-    setUp("4k3/8/8/3pP3/8/5n2/6P1/R2QK3 w - d6 0 1");
+    setUpPosition("4k3/8/8/3pP3/8/5n2/6P1/R2QK3 w - d6 0 1");
     MoveList list;
     QuietList rest;
     genEvasions(inCheck(), list, rest);
@@ -148,7 +148,7 @@ TEST(Generation, AKnightsCheckIsNotBlocked) {
 }
 
 TEST(Generation, PawnPushesForTheTablesCarryAKnightsPromoByte) {
-    setUp("4k3/1P6/8/8/8/8/P7/4K3 w - - 0 1");
+    setUpPosition("4k3/1P6/8/8/8/8/P7/4K3 w - - 0 1");
     MoveList list;
     genPawnQuiets(list);
     EXPECT_THAT(texts(list), ElementsAre("b7b8q", "b7b8r", "b7b8b", "b7b8n", "a2a3n", "a2a4n"));
@@ -156,7 +156,7 @@ TEST(Generation, PawnPushesForTheTablesCarryAKnightsPromoByte) {
 }
 
 TEST(Generation, AKnightThatDiscoversAndChecksStandsTwice) {
-    setUp("4k3/8/8/8/4N3/8/8/4RK2 w - - 0 1");
+    setUpPosition("4k3/8/8/8/4N3/8/8/4RK2 w - - 0 1");
     QuietList list;
     genChecks(list);
     const std::vector<std::string> all = texts(list);
@@ -165,14 +165,14 @@ TEST(Generation, AKnightThatDiscoversAndChecksStandsTwice) {
 }
 
 TEST(Generation, CastlingMayGiveCheck) {
-    setUp("5k2/8/8/8/8/8/8/4K2R w K - 0 1");
+    setUpPosition("5k2/8/8/8/8/8/8/4K2R w K - 0 1");
     QuietList list;
     genChecks(list);
     EXPECT_THAT(texts(list), Contains("e1g1"));
 }
 
 TEST(Generation, QuietMovesWithoutPawnsAreTheSameStages) {
-    setUp("r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1");
+    setUpPosition("r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1");
     QuietList all;
     QuietList pieces;
     genQuiets(all);
@@ -225,7 +225,7 @@ TEST(Generation, CrowdedBoardsStayInsideTheLists) {
 }
 
 TEST(Generation, ThePositionOf218MovesGivesThemAll) {
-    setUp("R6R/3Q4/1Q4Q1/4Q3/2Q4Q/Q4Q2/pp1Q4/kBNN1KB1 w - - 0 1");
+    setUpPosition("R6R/3Q4/1Q4Q1/4Q3/2Q4Q/Q4Q2/pp1Q4/kBNN1KB1 w - - 0 1");
     RootList list;
     i32 count = 0;
     rootMoves(list, count);

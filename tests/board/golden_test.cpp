@@ -105,7 +105,7 @@ static void compareList(const char* name, Lines (*make)()) {
         ASSERT_EQ(golden[at].substr(0, 4), "fen ") << at;
         const std::string fen = golden[at].substr(4);
         SCOPED_TRACE(fen);
-        setUp(fen.c_str());
+        setUpPosition(fen.c_str());
         ++at;
         for (const std::string& line : make()) {
             ASSERT_LT(at, golden.size());
@@ -131,7 +131,7 @@ TEST(GoldenBoard, UserMovesGiveTheRecords) {
     for (std::size_t i = 0; i < inputs.size(); ++i) {
         SCOPED_TRACE(inputs[i]);
         const std::size_t split = inputs[i].find(';');
-        setUp(inputs[i].substr(0, split).c_str());
+        setUpPosition(inputs[i].substr(0, split).c_str());
         EngineOptions.lastUserMove = 0;
         const i32 result = parseUserMove(inputs[i].c_str() + split + 1);
         const Scacchiera& b = *board;

@@ -22,7 +22,7 @@ static const EpCase epCases[] = {
 TEST(MakeMove, OnlyADoublePushSetsTheEpFile) {
     for (const EpCase& c : epCases) {
         SCOPED_TRACE(c.name);
-        setUp(c.fen);
+        setUpPosition(c.fen);
         play(c.move);
         EXPECT_EQ(i32{board->epFile}, c.epFile);
         EXPECT_EQ(i32{board->rule50}, std::strcmp(c.move, "g1f3") == 0 ? 1 : 0);
@@ -30,7 +30,7 @@ TEST(MakeMove, OnlyADoublePushSetsTheEpFile) {
 }
 
 TEST(MakeMove, TheRecordIsSeenFromTheOtherSide) {
-    setUp(startFen);
+    setUpPosition(startFen);
     play("e2e4");
     EXPECT_EQ(board, boardStack.data() + 1);
     EXPECT_EQ(board->side, 0xFFFFU);
@@ -42,7 +42,7 @@ TEST(MakeMove, TheRecordIsSeenFromTheOtherSide) {
 }
 
 TEST(MakeMove, TwoFlipsGiveTheRecordBack) {
-    setUp("r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQk - 7 1");
+    setUpPosition("r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQk - 7 1");
     const Scacchiera before = *board;
     flipBoard(*board);
     EXPECT_FALSE(sameRecord(*board, before));
@@ -52,7 +52,7 @@ TEST(MakeMove, TwoFlipsGiveTheRecordBack) {
 }
 
 TEST(MakeMove, CountsRepetitionsOfAKnightsWalk) {
-    setUp(startFen);
+    setUpPosition(startFen);
     play("g1f3 g8f6 f3g1 f6g8");
     EXPECT_EQ(repetitionCount(*board), 1);
     play("g1f3 g8f6 f3g1 f6g8");
@@ -61,7 +61,7 @@ TEST(MakeMove, CountsRepetitionsOfAKnightsWalk) {
 }
 
 TEST(MakeMove, DoesNotNoticeARepetitionThatComesFromAQuietBishopMove) {
-    setUp("4k1b1/8/8/8/8/8/8/1B2K3 w - - 0 1");
+    setUpPosition("4k1b1/8/8/8/8/8/8/1B2K3 w - - 0 1");
     for (i32 round = 0; round < 3; ++round) {
         play("b1c2 g8f7 c2b1 f7g8");
         EXPECT_EQ(repetitionCount(*board), 0);
@@ -69,7 +69,7 @@ TEST(MakeMove, DoesNotNoticeARepetitionThatComesFromAQuietBishopMove) {
 }
 
 TEST(MakeMove, ABishopMoveKeepsTheCountOfTheRecordBefore) {
-    setUp("4k1n1/8/8/8/8/8/8/B3K1N1 w - - 0 1");
+    setUpPosition("4k1n1/8/8/8/8/8/8/B3K1N1 w - - 0 1");
     play("g1f3 g8f6 f3g1 f6g8");
     ASSERT_EQ(repetitionCount(*board), 1);
     play("a1b2");
@@ -79,14 +79,14 @@ TEST(MakeMove, ABishopMoveKeepsTheCountOfTheRecordBefore) {
 }
 
 TEST(MakeMove, RepetitionLooksAtTheMenAlone) {
-    setUp("4k2r/8/8/8/8/8/8/4K2R w Kk - 0 1");
+    setUpPosition("4k2r/8/8/8/8/8/8/4K2R w Kk - 0 1");
     play("e1e2 e8e7 e2e1 e7e8");
     EXPECT_EQ(board->castleRights, 0);
     EXPECT_EQ(repetitionCount(*board), 1) << "the first record had rights";
 }
 
 TEST(MakeMove, TheRepetitionScanStopsAtTheFirstRecord) {
-    setUp("4k3/8/8/8/8/8/8/4K1N1 w - - 90 1");
+    setUpPosition("4k3/8/8/8/8/8/8/4K1N1 w - - 90 1");
     play("g1f3");
     EXPECT_EQ(repetitionCount(*board), 0);
     play("e8e7 f3g1 e7e8");
@@ -95,14 +95,14 @@ TEST(MakeMove, TheRepetitionScanStopsAtTheFirstRecord) {
 }
 
 TEST(MakeMove, TheRepetitionScanStopsAtAnIrreversibleMove) {
-    setUp("4k1n1/8/8/8/8/8/4P3/4K1N1 w - - 0 1");
+    setUpPosition("4k1n1/8/8/8/8/8/4P3/4K1N1 w - - 0 1");
     play("g1f3 g8f6 f3g1 f6g8 e2e3");
     EXPECT_EQ(repetitionCount(*board), 0);
     EXPECT_EQ(board->rule50, 0);
 }
 
 TEST(MakeMove, Rule50Wraps) {
-    setUp("4k3/8/8/8/8/8/8/4K1N1 w - - 255 1");
+    setUpPosition("4k3/8/8/8/8/8/8/4K1N1 w - - 255 1");
     EXPECT_EQ(board->rule50, 255);
     play("g1f3");
     EXPECT_EQ(board->rule50, 0);
@@ -130,7 +130,7 @@ static const RightsCase rightsCases[] = {
 TEST(MakeMove, RightsGoWithKingsRooksAndCorners) {
     for (const RightsCase& c : rightsCases) {
         SCOPED_TRACE(c.name);
-        setUp(c.fen);
+        setUpPosition(c.fen);
         play(c.move);
         EXPECT_EQ(i32{board->castleRights}, c.rights);
         EXPECT_EQ(board->hashKey, computeKey());
@@ -139,7 +139,7 @@ TEST(MakeMove, RightsGoWithKingsRooksAndCorners) {
 }
 
 TEST(MakeMove, CastlingCountsAsAQuietMove) {
-    setUp("r3k2r/8/8/8/8/8/8/R3K2R w KQkq - 10 1");
+    setUpPosition("r3k2r/8/8/8/8/8/8/R3K2R w KQkq - 10 1");
     const i32 men = popCount(occupied(*board));
     const i32 before = board->psqScore;
     play("e1g1");
@@ -152,7 +152,7 @@ TEST(MakeMove, CastlingCountsAsAQuietMove) {
 }
 
 TEST(MakeMove, AKindThatIsNoMoveLeavesAPlainCopy) {
-    setUp("r3k2r/8/8/8/8/8/8/R3K2R w KQkq - 10 1");
+    setUpPosition("r3k2r/8/8/8/8/8/8/R3K2R w KQkq - 10 1");
     const Scacchiera before = *board;
     for (const Mossa move : {Mossa{0}, makeMossa(7, 0, 1), makeMossa(42, 63, 63, 5), ~Mossa{0}}) {
         SCOPED_TRACE(move);
@@ -170,7 +170,7 @@ TEST(MakeMove, AKindThatIsNoMoveLeavesAPlainCopy) {
 }
 
 TEST(MakeMove, TheNullMovePassesAndResetsTheClock) {
-    setUp("rnbqkbnr/pppp1ppp/8/8/3Pp3/8/PPP1PPPP/RNBQKBNR b KQkq d3 0 3");
+    setUpPosition("rnbqkbnr/pppp1ppp/8/8/3Pp3/8/PPP1PPPP/RNBQKBNR b KQkq d3 0 3");
     const Scacchiera before = *board;
     makeNullMove();
     EXPECT_EQ(board->epFile, noEpFile);
@@ -184,7 +184,7 @@ TEST(MakeMove, TheNullMovePassesAndResetsTheClock) {
 }
 
 TEST(MakeMove, TheLightMoveMakesTheSameMenWithoutKeyAndScore) {
-    setUp("r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1");
+    setUpPosition("r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1");
     MoveArray moves;
     i32 count = 0;
     orderedMoves(moves, count);
@@ -218,7 +218,7 @@ TEST(MakeMove, KeepsKeyAndScoreThroughRandomGames) {
     i32 plies = 0;
     std::array<i32, 64> kindsSeen{};
     for (i32 game = 0; game < 300; ++game) {
-        setUp(fens[game % 6]);
+        setUpPosition(fens[game % 6]);
         std::vector<Scacchiera> shadow = {*board};
         for (i32 ply = 0; ply < 120; ++ply, ++plies) {
             MoveArray moves;

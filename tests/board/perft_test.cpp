@@ -45,7 +45,7 @@ static const StalemateCase stalemateCases[] = {
 
 static void expectLeaves(const PerftCase& c, i32 depth, u64 leaves) {
     SCOPED_TRACE(c.name);
-    setUp(c.fen);
+    setUpPosition(c.fen);
     const Scacchiera before = *board;
     EXPECT_EQ(perftOrOne(depth), leaves);
     EXPECT_EQ(board, boardStack.data());
@@ -59,16 +59,16 @@ TEST(Perft, PositionsOfOneRuleHaveTheKnownCounts) {
 }
 
 TEST(Perft, DepthZeroIsOneLeaf) {
-    setUp("rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1");
+    setUpPosition("rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1");
     EXPECT_EQ(perftOrOne(0), 1U);
     EXPECT_EQ(SearchInfo.nodes, 0U);
 }
 
 TEST(Perft, CountsNothingForMateAndOneForStalemate) {
-    setUp("rnb1kbnr/pppp1ppp/8/4p3/6Pq/5P2/PPPPP2P/RNBQKBNR w KQkq - 1 3");
+    setUpPosition("rnb1kbnr/pppp1ppp/8/4p3/6Pq/5P2/PPPPP2P/RNBQKBNR w KQkq - 1 3");
     EXPECT_EQ(perft(1), 0U);
     EXPECT_EQ(perft(3), 0U);
-    setUp("7k/5Q2/6K1/8/8/8/8/8 b - - 0 1");
+    setUpPosition("7k/5Q2/6K1/8/8/8/8/8 b - - 0 1");
     EXPECT_EQ(perft(1), 1U);
     EXPECT_EQ(perft(3), 1U);
 }
@@ -81,7 +81,7 @@ TEST(Perft, AStalemateAboveTheLeavesAddsOne) {
 
 TEST(Perft, CountsOneWhereAllSubtreesCameToNothing) {
     // White's two moves, a6xb7 and c6xb7, both mate.
-    setUp("kn6/ppn5/P1P3r1/8/6r1/8/4r3/7K w - - 0 1");
+    setUpPosition("kn6/ppn5/P1P3r1/8/6r1/8/4r3/7K w - - 0 1");
     EXPECT_EQ(perft(1), 2U);
     EXPECT_EQ(perft(2), 1U);
 }

@@ -33,7 +33,7 @@ static const SeeCase cases[] = {
 TEST(See, HasTheValueOfTheExchange) {
     for (const SeeCase& c : cases) {
         SCOPED_TRACE(c.name);
-        setUp(c.fen);
+        setUpPosition(c.fen);
         const Scacchiera before = *board;
         EXPECT_EQ(see(c.move), c.value);
         EXPECT_EQ(SearchInfo.nodes, c.value == 10000 ? 0U : 1U);
@@ -43,13 +43,13 @@ TEST(See, HasTheValueOfTheExchange) {
 }
 
 TEST(See, IsNotAskedWhenTheVictimIsWorthTheAttacker) {
-    setUp("4k3/8/4p3/3n4/8/2N5/8/4K3 w - - 0 1");
+    setUpPosition("4k3/8/4p3/3n4/8/2N5/8/4K3 w - - 0 1");
     EXPECT_EQ(seeIsLosing(makeMossa(CAPT_KNIGHT, 18, 35)), 0);
     EXPECT_EQ(SearchInfo.nodes, 0U);
-    setUp("4k3/8/4p3/3p4/8/2N5/8/4K3 w - - 0 1");
+    setUpPosition("4k3/8/4p3/3p4/8/2N5/8/4K3 w - - 0 1");
     EXPECT_EQ(seeIsLosing(makeMossa(CAPT_KNIGHT, 18, 35)), -1);
     EXPECT_EQ(SearchInfo.nodes, 1U);
-    setUp("4k3/8/8/3pP3/8/8/8/4K3 w - d6 0 1");
+    setUpPosition("4k3/8/8/3pP3/8/8/8/4K3 w - d6 0 1");
     EXPECT_EQ(seeIsLosing(makeMossa(EN_PASSANT, 36, 43)), 0);
     EXPECT_EQ(SearchInfo.nodes, 1U);
 }
@@ -66,19 +66,19 @@ TEST(See, HasRoomForABoardFullOfMen) {
 }
 
 TEST(LegalCaptures, ComeInReverseAndLeaveAnEmptyListAlone) {
-    setUp("4k3/8/8/1p1p4/2P5/8/8/4K3 w - - 0 1");
+    setUpPosition("4k3/8/8/1p1p4/2P5/8/8/4K3 w - - 0 1");
     MoveList list;
     list.count = 0;
     legalCaptures(list);
     EXPECT_THAT(texts(list), testing::ElementsAre("c4d5", "c4b5"));
-    setUp("4k3/8/8/8/8/8/8/4K3 w - - 0 1");
+    setUpPosition("4k3/8/8/8/8/8/8/4K3 w - - 0 1");
     list.count = 77;
     legalCaptures(list);
     EXPECT_EQ(list.count, 77);
 }
 
 static std::string seeTestOutput(const char* fen) {
-    setUp(fen);
+    setUpPosition(fen);
     testing::internal::CaptureStdout();
     seeTest();
     return testing::internal::GetCapturedStdout();

@@ -123,7 +123,7 @@ static Mossa randomMove(MoveKind kind, std::mt19937& random) {
 TEST(StrayMove, KeyAndScoreTakeWhatStandsOnTheSquares) {
     std::mt19937 random(1);
     for (const char* fen : positions) {
-        setUp(fen);
+        setUpPosition(fen);
         board->hashKey = computeKey();
         board->psqScore = easyVal();
         for (const MoveKind kind : kinds) {
@@ -137,7 +137,7 @@ TEST(StrayMove, KeyAndScoreTakeWhatStandsOnTheSquares) {
 }
 
 TEST(StrayMove, AQuietKindThatMeetsAManTakesItOutOfTheKey) {
-    setUp("4k3/8/5n2/8/8/8/8/4K1N1 w - - 0 1");
+    setUpPosition("4k3/8/5n2/8/8/8/8/4K1N1 w - - 0 1");
     board->hashKey = computeKey();
     const u64 before = board->hashKey;
     makeMove(makeMossa(MOVE_KNIGHT, 6, 45));
@@ -147,7 +147,7 @@ TEST(StrayMove, AQuietKindThatMeetsAManTakesItOutOfTheKey) {
 
 TEST(StrayMove, AnEmptyBoardIsNoHarm) {
     for (const MoveKind kind : kinds) {
-        setUp("8/8/8/8/8/8/8/8 w - - 0 1");
+        setUpPosition("8/8/8/8/8/8/8/8 w - - 0 1");
         makeMove(makeMossa(kind, 12, 28, kind == PROMO ? QUEEN : 0));
         EXPECT_EQ(board, boardStack.data() + 1);
     }

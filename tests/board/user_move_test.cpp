@@ -45,7 +45,7 @@ static const UserMoveCase cases[] = {
 TEST(UserMove, IsPlayedOrRefused) {
     for (const UserMoveCase& c : cases) {
         SCOPED_TRACE(c.name);
-        setUp(c.fen);
+        setUpPosition(c.fen);
         const Scacchiera before = *board;
         EngineOptions.lastUserMove = 0;
         EXPECT_EQ(parseUserMove(c.text), c.result);
@@ -56,20 +56,20 @@ TEST(UserMove, IsPlayedOrRefused) {
 }
 
 TEST(UserMove, BlacksMovesAreMirrored) {
-    setUp("rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR b KQkq - 0 1");
+    setUpPosition("rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR b KQkq - 0 1");
     ASSERT_EQ(parseUserMove("e7e5"), 1);
     EXPECT_EQ(EngineOptions.lastUserMove, makeMossa(MOVE_PAWN, 12, 28));
 }
 
 TEST(UserMove, AManOnRankEightWithoutLetterStaysAPawn) {
-    setUp("k7/4P3/8/8/8/8/8/4K3 w - - 0 1");
+    setUpPosition("k7/4P3/8/8/8/8/8/4K3 w - - 0 1");
     ASSERT_EQ(parseUserMove("e7e8"), 1);
     EXPECT_EQ(pieceCode(*board, 60 ^ 56), PAWN);
     EXPECT_EQ(board->hashKey, computeKey());
 }
 
 TEST(UserMove, ALetterOnAnotherMansMoveSpoilsTheKeyAlone) {
-    setUp(startFen);
+    setUpPosition(startFen);
     ASSERT_EQ(parseUserMove("g1f3q"), 1);
     EXPECT_EQ(movePromo(EngineOptions.lastUserMove), QUEEN);
     EXPECT_EQ(pieceCode(*board, 21 ^ 56), KNIGHT);
@@ -78,7 +78,7 @@ TEST(UserMove, ALetterOnAnotherMansMoveSpoilsTheKeyAlone) {
 }
 
 TEST(UserMove, AGameOfFullLengthIsRefusedFurtherMoves) {
-    setUp(startFen);
+    setUpPosition(startFen);
     const char* cycle[] = {"g1f3", "g8f6", "f3g1", "f6g8"};
     for (i32 ply = 0; ply < gameRecordsMax; ++ply) {
         ASSERT_EQ(parseUserMove(cycle[ply % 4]), 1) << ply;

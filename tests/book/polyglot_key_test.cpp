@@ -4,46 +4,39 @@
 #include "book/book.h"
 #include "frontend/session.h"
 #include "hash/random64.h"
+#include "support/position.h"
 
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <string>
-#include <vector>
-
-static void play(const std::vector<const char*>& moves) {
-    newGame();
-    for (const char* move : moves) {
-        ASSERT_EQ(parseUserMove(move), 1) << move;
-    }
-}
 
 static u64 keyOf(const char* fen) {
-    newGame();
-    EXPECT_EQ(fenToBoard(fen), 1) << fen;
+    setUpPosition(fen);
     return polyglotKey();
 }
 
 struct LineCase {
     const char* name;
-    std::vector<const char*> moves;
+    const char* moves;
     u64 key;
 };
 
 // Published with the format.
 static const LineCase publishedCases[] = {
-    {"start", {}, 0x463B96181691FC9C},
-    {"e4", {"e2e4"}, 0x823C9B50FD114196},
-    {"e4 d5", {"e2e4", "d7d5"}, 0x0756B94461C50FB0},
-    {"e4 d5 e5", {"e2e4", "d7d5", "e4e5"}, 0x662FAFB965DB29D4},
-    {"e4 d5 e5 f5 Ke2", {"e2e4", "d7d5", "e4e5", "f7f5", "e1e2"}, 0x652A607CA3F242C1},
-    {"e4 d5 e5 f5 Ke2 Kf7", {"e2e4", "d7d5", "e4e5", "f7f5", "e1e2", "e8f7"}, 0x00FDD303C946BDD9},
-    {"a4 b5 h4 b4 c4 bxc3 Ra3", {"a2a4", "b7b5", "h2h4", "b5b4", "c2c4", "b4c3", "a1a3"}, 0x5C3F9B829B279560},
+    {"start", "", 0x463B96181691FC9C},
+    {"e4", "e2e4", 0x823C9B50FD114196},
+    {"e4 d5", "e2e4 d7d5", 0x0756B94461C50FB0},
+    {"e4 d5 e5", "e2e4 d7d5 e4e5", 0x662FAFB965DB29D4},
+    {"e4 d5 e5 f5 Ke2", "e2e4 d7d5 e4e5 f7f5 e1e2", 0x652A607CA3F242C1},
+    {"e4 d5 e5 f5 Ke2 Kf7", "e2e4 d7d5 e4e5 f7f5 e1e2 e8f7", 0x00FDD303C946BDD9},
+    {"a4 b5 h4 b4 c4 bxc3 Ra3", "a2a4 b7b5 h2h4 b5b4 c2c4 b4c3 a1a3", 0x5C3F9B829B279560},
 };
 
 TEST(PolyglotKey, EqualsThePublishedKeys) {
     for (const LineCase& c : publishedCases) {
         SCOPED_TRACE(c.name);
+        newGame();
         play(c.moves);
         EXPECT_EQ(polyglotKey(), c.key);
     }
@@ -51,10 +44,12 @@ TEST(PolyglotKey, EqualsThePublishedKeys) {
 
 // The published keys of these two positions have an en passant term.
 TEST(PolyglotKey, LeavesOutEnPassantInPlay) {
-    play({"e2e4", "d7d5", "e4e5", "f7f5"});
+    newGame();
+    play("e2e4 d7d5 e4e5 f7f5");
     EXPECT_EQ(polyglotKey(), 0xF240C920DB53040AU);
     EXPECT_EQ(polyglotKey() ^ Random64[772 + 5], 0x22A48B5A8E47FF78U);
-    play({"a2a4", "b7b5", "h2h4", "b5b4", "c2c4"});
+    newGame();
+    play("a2a4 b7b5 h2h4 b5b4 c2c4");
     EXPECT_EQ(polyglotKey() ^ Random64[772 + 2], 0x3C8123EA7B067637U);
 }
 

@@ -7,6 +7,7 @@
 #include "frontend/frontend.h"
 #include "frontend/session.h"
 #include "hash/hash.h"
+#include "support/position.h"
 
 #include <gtest/gtest.h>
 
@@ -29,8 +30,7 @@ inline void usePawnHash(u64 entries) {
 /// The position of `fen` in record 0 of a new game, with empty pawn hash and `kingDanger` 0.
 inline void setUp(const char* fen) {
     usePawnHash(manyPawnRecords);
-    newGame();
-    ASSERT_EQ(fenToBoard(fen), 1) << fen;
+    setUpPosition(fen);
     pawnHashClear();
     EngineOptions.kingDanger = 0;
 }
@@ -87,10 +87,4 @@ inline void mirrorColours() {
 /// Gives the move to the other side without changing the men.
 inline void passTheTurn() {
     flipBoard(*board);
-}
-
-inline bool sameRecord(const Scacchiera& a, const Scacchiera& b) {
-    return std::memcmp(&a.side, &b.side, 6 * sizeof(u64)) == 0 && a.castleRights == b.castleRights &&
-           a.epFile == b.epFile && a.rule50 == b.rule50 && a.stateFlags == b.stateFlags &&
-           a.psqScore == b.psqScore;
 }

@@ -7,6 +7,7 @@
 #include "frontend/session.h"
 #include "platform/print.h"
 #include "support/manual_clock.h"
+#include "support/position.h"
 
 #include <gtest/gtest.h>
 #include <string>
@@ -22,18 +23,6 @@ inline void setDefaults() {
     TimeControl.movesPerSession = 0;
     loadConfig("no such file.ini");
     newGame();
-}
-
-inline void setUp(const char* fen) {
-    newGame();
-    ASSERT_EQ(fenToBoard(fen), 1) << fen;
-}
-
-inline void play(const char* moves) {
-    std::string text = moves;
-    for (std::size_t at = 0; at < text.size(); at += 5) {
-        ASSERT_EQ(parseUserMove(text.substr(at, 5).c_str()), 1) << text.substr(at, 5);
-    }
 }
 
 /// What `action` writes to standard output.

@@ -36,7 +36,7 @@ constexpr EndCase endCases[] = {
 TEST(GameEnd, IsToldByTheRulesAndSaysTheResult) {
     for (const EndCase& c : endCases) {
         SCOPED_TRACE(c.name);
-        setUp(c.fen);
+        setUpPosition(c.fen);
         const Scacchiera before = *board;
         i32 result = -1;
         EXPECT_EQ(outputOf([&result] { result = checkGameEnd(); }), c.lines);
@@ -59,7 +59,7 @@ TEST(GameEnd, TheThirdOccurrenceDrawsAndTheFourthIsSilent) {
 }
 
 TEST(GameEnd, AThirdRepetitionThatIsAlsoStalemateGivesTwoLines) {
-    setUp("7k/5Q2/6K1/8/8/8/8/8 b - - 8 10");
+    setUpPosition("7k/5Q2/6K1/8/8/8/8/8 b - - 8 10");
     board->stateFlags = static_cast<u8>(board->stateFlags | 2);
     EXPECT_EQ(outputOf(checkGameEnd), "1/2-1/2 {Draw by repetition}\n1/2-1/2 {Stalemate}\n");
 }

@@ -51,7 +51,7 @@ TEST(ThinkingOutput, MovesStandTwoBlanksApartAndChangeColour) {
 }
 
 TEST(ThinkingOutput, ABlackRootShowsBlacksMoveFirst) {
-    setUp("rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq - 0 1");
+    setUpPosition("rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq - 0 1");
     EXPECT_EQ(outputOf([] { printLine(lineOf({kingPawnTwo, kingKnight})); }), "e7e5  g1f3  \n");
 }
 

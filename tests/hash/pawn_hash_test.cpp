@@ -5,6 +5,7 @@
 #include "frontend/session.h"
 #include "hash/hash.h"
 #include "hash/random64.h"
+#include "support/position.h"
 
 #include <gtest/gtest.h>
 
@@ -22,11 +23,6 @@ static u64 ownKey(TBB ownPawns, TBB enemyPawns, bool black) {
     return pawnHashKeys(ownPawns, enemyPawns, black).own;
 }
 
-static void setUp(const char* fen) {
-    newGame();
-    ASSERT_EQ(fenToBoard(fen), 1) << fen;
-}
-
 constexpr const char* kiwipete = "r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1";
 constexpr const char* kiwipeteBlack = "r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R b KQkq - 0 1";
 constexpr const char* kiwipeteMirrored =
@@ -36,7 +32,7 @@ constexpr const char* pawnless = "4k3/8/8/8/8/8/8/R3K3 w - - 0 1";
 constexpr u64 megabyteEntries = 43690;  // 2^20 / 24
 
 static u64 keyOf(const char* fen) {
-    setUp(fen);
+    setUpPosition(fen);
     pawnHashStore(1, 0, 0);
     hashPawn copy{};
     EXPECT_EQ(pawnHashProbe(copy), 1);
@@ -104,7 +100,7 @@ TEST(PawnHashKey, BlacksViewSharesTheKeyOfWhitesViewOfTheMirroredPlacement) {
 
 TEST(PawnHash, GivesBackWhatWasStored) {
     allocate(1, megabyteEntries);
-    setUp(kiwipete);
+    setUpPosition(kiwipete);
     hashPawn copy{};
     EXPECT_EQ(pawnHashProbe(copy), PAWN_HASH_MISS);
     EXPECT_EQ(copy.pawnKey, 0U);
@@ -117,7 +113,7 @@ TEST(PawnHash, GivesBackWhatWasStored) {
 
 TEST(PawnHash, AnswersTheScoreAsAnUnsignedNumber) {
     allocate(1, megabyteEntries);
-    setUp(kiwipete);
+    setUpPosition(kiwipete);
     pawnHashStore(-15, 0, 8);
     hashPawn copy{};
     EXPECT_EQ(pawnHashProbe(copy), 65536 - 15);
@@ -126,7 +122,7 @@ TEST(PawnHash, AnswersTheScoreAsAnUnsignedNumber) {
 
 TEST(PawnHash, WithoutPawnsAnEmptySlotMatches) {
     allocate(1, megabyteEntries);
-    setUp(pawnless);
+    setUpPosition(pawnless);
     hashPawn copy{};
     copy.healthyPawns = 9;
     EXPECT_EQ(pawnHashProbe(copy), 0);
@@ -136,20 +132,20 @@ TEST(PawnHash, WithoutPawnsAnEmptySlotMatches) {
 
 TEST(PawnHash, AStoreReplacesWhateverTheSlotHeld) {
     allocate(0, 1);
-    setUp(kiwipete);
+    setUpPosition(kiwipete);
     pawnHashStore(10, 0, 1);
-    setUp(kiwipeteBlack);
+    setUpPosition(kiwipeteBlack);
     hashPawn copy{};
     EXPECT_EQ(pawnHashProbe(copy), PAWN_HASH_MISS);
     EXPECT_EQ(i32{copy.pawnScore}, 10) << "a miss shows what the slot held";
     pawnHashStore(20, 0, 2);
-    setUp(kiwipete);
+    setUpPosition(kiwipete);
     EXPECT_EQ(pawnHashProbe(copy), PAWN_HASH_MISS);
 }
 
 TEST(PawnHash, TheOtherSidesViewHasItsOwnRecord) {
     allocate(1, megabyteEntries);
-    setUp(kiwipete);
+    setUpPosition(kiwipete);
     pawnHashStore(10, 0, 1);
     flipBoard(*board);
     hashPawn copy{};
@@ -179,7 +175,7 @@ TEST(PawnHash, SaysWhatItAllocates) {
 
 TEST(PawnHash, AllocatingAgainEmptiesIt) {
     allocate(1, megabyteEntries);
-    setUp(kiwipete);
+    setUpPosition(kiwipete);
     pawnHashStore(10, 0, 1);
     allocate(1, megabyteEntries);
     EXPECT_EQ(pawnHashFilled(), 0U);
@@ -188,7 +184,7 @@ TEST(PawnHash, AllocatingAgainEmptiesIt) {
 TEST(PawnHash, ClearEmptiesItAlsoWithoutATable) {
     for (const u64 entries : {megabyteEntries, u64{0}}) {
         allocate(1, entries);
-        setUp(kiwipete);
+        setUpPosition(kiwipete);
         pawnHashStore(10, 0, 1);
         EXPECT_EQ(pawnHashFilled(), 1U);
         pawnHashClear();
@@ -198,13 +194,13 @@ TEST(PawnHash, ClearEmptiesItAlsoWithoutATable) {
 
 TEST(PawnHash, WithoutRecordsOneServes) {
     EXPECT_EQ(allocate(7, 0), "Allocated 7 MB for the Pawn Hash Table\n");
-    setUp(kiwipete);
+    setUpPosition(kiwipete);
     hashPawn copy{};
     EXPECT_EQ(pawnHashProbe(copy), PAWN_HASH_MISS);
     pawnHashStore(10, 5, 1);
     EXPECT_EQ(pawnHashProbe(copy), 10);
     EXPECT_EQ(pawnHashFilled(), 1U);
-    setUp(kiwipeteBlack);
+    setUpPosition(kiwipeteBlack);
     EXPECT_EQ(pawnHashProbe(copy), PAWN_HASH_MISS);
     allocate(1, megabyteEntries);
 }
@@ -224,7 +220,7 @@ TEST(PawnHash, WhatCannotBeHadGivesASmallerTableThatWorks) {
     for (const FailureCase& c : failureCases) {
         SCOPED_TRACE(c.name);
         EXPECT_EQ(allocate(7, c.entries), "Pawn Hash Table Memory Allocation Failed!\n");
-        setUp(kiwipete);
+        setUpPosition(kiwipete);
         hashPawn copy{};
         EXPECT_EQ(pawnHashProbe(copy), PAWN_HASH_MISS);
         pawnHashStore(10, 5, 1);
@@ -237,7 +233,7 @@ TEST(PawnHash, WhatCannotBeHadGivesASmallerTableThatWorks) {
 TEST(PawnHash, GoesByTheRecordsHeldWhateverTheOptionsSay) {
     allocate(1, megabyteEntries);
     EngineOptions.pawnHashEntries = ~u64{0};  // as a new reading of the configuration may set it
-    setUp(kiwipete);
+    setUpPosition(kiwipete);
     pawnHashStore(10, 5, 1);
     EngineOptions.pawnHashEntries = 0;
     hashPawn copy{};

@@ -2,6 +2,7 @@
 #include "eval/eval.h"
 #include "search/internal.h"
 #include "search/search_fixture.h"
+#include "support/position.h"
 
 #include <algorithm>
 
@@ -197,12 +198,6 @@ TEST(QuiescenceGuard, TheThirdOccurrenceIsADraw) {
         board->stateFlags = static_cast<u8>(board->stateFlags | count);
         EXPECT_EQ(enter() == 0, count == 2);
     }
-}
-
-void play(const char* move) {
-    const Mossa found = findMove(move);
-    ASSERT_NE(found, 0U) << move;
-    makeMove(found);
 }
 
 // White is a queen down and has one move in each position: the king comes to g1 for the third time.

@@ -167,7 +167,7 @@ TEST_F(Playout, WinsWonPositionsWithinTheFiftyMoveRule) {
     i32 repeatedGames = 0;
     for (i32 games = 0; games < gameCount();) {
         const std::string fen = randomFourMen(random);
-        tables::setUp(fen);
+        setUpPosition(fen);
         const i32 wdl = wdlHere();
         if (wdl == 0 || legalHere().empty()) {
             continue;
@@ -190,7 +190,7 @@ TEST_F(Playout, HoldsDrawnPositions) {
     std::mt19937_64 random(51);
     for (i32 games = 0; games < gameCount();) {
         const std::string fen = randomFourMen(random);
-        tables::setUp(fen);
+        setUpPosition(fen);
         if (wdlHere() != 0 || legalHere().empty()) {
             continue;
         }

@@ -83,7 +83,7 @@ TEST(Probe, KnowsTheValuesOfTheTables) {
 TEST(Probe, LeavesTheBoardAsItWas) {
     tables::registerFolder(committed);
     for (const ValueCase& c : valueCases) {
-        tables::setUp(c.fen);
+        setUpPosition(c.fen);
         const Scacchiera* before = board;
         const Scacchiera record = *board;
         i32 success = 0;
@@ -145,7 +145,7 @@ TEST(Probe, WithoutTablesKnowsBareKingsAlone) {
 
 TEST(Probe, CountsTheCapturesItMakes) {
     tables::registerFolder("/nowhere");
-    tables::setUp("8/8/8/8/8/2k5/2Q5/K7 b - -");  // one capture leads to bare kings
+    setUpPosition("8/8/8/8/8/2k5/2Q5/K7 b - -");  // one capture leads to bare kings
     SearchInfo.nodes = 0;
     i32 success = 0;
     EXPECT_EQ(probeWdl(success), 0);
@@ -157,7 +157,7 @@ TEST(Probe, CountsTheCapturesItMakes) {
 
 TEST(Probe, TellsThatACaptureDecides) {
     tables::registerFolder(committed);
-    tables::setUp("8/8/8/8/8/2k5/R6r/K7 w - -");
+    setUpPosition("8/8/8/8/8/2k5/R6r/K7 w - -");
     i32 success = 1;
     EXPECT_EQ(probeCaptures(-2, 2, success), 2);
     EXPECT_EQ(success, 2);
@@ -165,7 +165,7 @@ TEST(Probe, TellsThatACaptureDecides) {
 
 TEST(Probe, ReturnsAlphaWhenTheTableIsNotBetter) {
     tables::registerFolder(committed);
-    tables::setUp("8/8/3k4/8/8/3K4/B7/8 w - -");
+    setUpPosition("8/8/3k4/8/8/3K4/B7/8 w - -");
     i32 success = 1;
     EXPECT_EQ(probeCaptures(1, 2, success), 1);
     EXPECT_EQ(success, 2);
@@ -219,7 +219,7 @@ TEST(Probe, DoesNotKnowSevenMenWhoseCapturesDoNotWin) {
 TEST(Probe, SearchesNoCapturesOfEightMen) {
     const TableFolder folder;
     writeRookTable(folder, storedWin, storedLoss);
-    tables::setUp(eightMen);
+    setUpPosition(eightMen);
     SearchInfo.nodes = 0;
     i32 success = 1;
     EXPECT_EQ(probeWdl(success), 0);
@@ -231,7 +231,7 @@ TEST(Probe, LooksUpNoMoreThanSixMen) {
     tables::registerFolder(committed);
     ASSERT_TRUE(tables::probe("8/8/3k4/8/8/8/8/K5R1 w - -").wdlKnown);
     // the same key: it counts men by sixteens
-    tables::setUp("NNNNNNNN/NNNNNNNN/3k4/8/8/8/8/K5R1 w - -");
+    setUpPosition("NNNNNNNN/NNNNNNNN/3k4/8/8/8/8/K5R1 w - -");
     ASSERT_NE(lookupTable(materialKeyOfPosition(0)), nullptr);
     i32 success = 1;
     EXPECT_EQ(probeWdlTable(success), 0);
@@ -328,7 +328,7 @@ TEST(Probe, TakesAnEnPassantCaptureThatIsBetterThanTheTable) {
     const TableFolder folder;
     writeEpTables(folder, storedLoss);
     for (const char* fen : {onlyEnPassant, alsoOtherMoves}) {
-        tables::setUp(fen);
+        setUpPosition(fen);
         const tables::Values better = tables::probe(fen);
         EXPECT_TRUE(better.wdlKnown && better.dtzKnown);
         // the capture can be answered by a capture that draws

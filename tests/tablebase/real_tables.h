@@ -3,6 +3,7 @@
 
 #include "board/board.h"
 #include "frontend/session.h"
+#include "support/position.h"
 #include "tablebase/tablebase.h"
 
 #include <gtest/gtest.h>
@@ -31,22 +32,16 @@ struct Values {
     bool dtzKnown;
 };
 
-/// Sets up the position on an empty stack.
-inline void setUp(const std::string& fen) {
-    newGame();
-    ASSERT_EQ(fenToBoard(fen.c_str()), 1) << fen;
-}
-
 /// Whether the WDL table knows the position; its value then.
 [[nodiscard]] inline bool wdlOf(const std::string& fen, i32& wdl) {
-    setUp(fen);
+    setUpPosition(fen);
     i32 success = 0;
     wdl = probeWdl(success);
     return success != 0;
 }
 
 [[nodiscard]] inline Values probe(const std::string& fen) {
-    setUp(fen);
+    setUpPosition(fen);
     i32 wdlSuccess = 0;
     const i32 wdl = probeWdl(wdlSuccess);
     i32 dtzSuccess = 0;

@@ -43,7 +43,7 @@ struct Environment {
 };
 
 tbEntry* tableOf(const char* fen) {
-    tables::setUp(fen);
+    setUpPosition(fen);
     return lookupTable(materialKeyOfPosition(0));
 }
 
@@ -132,7 +132,7 @@ TEST(Registry, TakesTheMenFromTheName) {
 
 TEST(Registry, NamesThePositionFromEitherSide) {
     const auto nameOf = [](const char* fen, i32 swapColours) {
-        tables::setUp(fen);
+        setUpPosition(fen);
         char name[tableNameSize];
         tableNameOfPosition(name, swapColours);
         return std::string(name);

@@ -39,7 +39,7 @@ Root filterRoot() {
 }
 
 Root filterRoot(const std::string& fen) {
-    tables::setUp(fen);
+    setUpPosition(fen);
     return filterRoot();
 }
 
@@ -84,7 +84,7 @@ TEST_F(RootProbe, RanksAMateFirst) {
 }
 
 TEST_F(RootProbe, KeepsTheMovesInTheirOrder) {
-    tables::setUp("8/8/8/8/3k4/8/8/KR6 w - - 0 1");
+    setUpPosition("8/8/8/8/3k4/8/8/KR6 w - - 0 1");
     const auto list = std::make_unique<RootList>();
     i32 count = 0;
     rootMoves(*list, count);
@@ -180,7 +180,7 @@ bool fastestAlone(const Root& root) {
 TEST_F(RootProbe, KeepsTheFastestMovesOnceThePositionStandsForTheFourthTime) {
     for (const i32 rounds : {0, 1, 2, 3, 4}) {
         SCOPED_TRACE(rounds);
-        tables::setUp("8/8/8/8/3k4/8/8/KR6 w - - 0 1");
+        setUpPosition("8/8/8/8/3k4/8/8/KR6 w - - 0 1");
         shuffle(rounds);
         ASSERT_EQ(repetitionCount(*board), rounds);
         // with a count of 4 the record below, two moves back, has 3
@@ -189,7 +189,7 @@ TEST_F(RootProbe, KeepsTheFastestMovesOnceThePositionStandsForTheFourthTime) {
 }
 
 TEST_F(RootProbe, LooksForRepetitionsNoFurtherThanTheLastZeroingMove) {
-    tables::setUp("8/8/8/8/3k4/8/8/KR6 w - - 0 1");
+    setUpPosition("8/8/8/8/3k4/8/8/KR6 w - - 0 1");
     shuffle(3);
     ASSERT_EQ(parseUserMove("b1b3"), 1);
     ASSERT_EQ(parseUserMove("d4e4"), 1);
@@ -200,9 +200,9 @@ TEST_F(RootProbe, LooksForRepetitionsNoFurtherThanTheLastZeroingMove) {
 
 // A FEN may bring a count of plies that no record stands for.
 TEST_F(RootProbe, StopsAtTheFirstRecord) {
-    tables::setUp("8/8/8/8/3k4/8/8/KR6 w - - 40 30");
+    setUpPosition("8/8/8/8/3k4/8/8/KR6 w - - 40 30");
     EXPECT_EQ(board, boardStack.data());
     EXPECT_EQ(filterRoot().result, 1);
-    tables::setUp("8/8/8/8/3k4/8/8/KR6 w - - 255 200");
+    setUpPosition("8/8/8/8/3k4/8/8/KR6 w - - 255 200");
     EXPECT_EQ(filterRoot().tbScore, 2);
 }

@@ -318,7 +318,7 @@ TEST_P(WrittenDtz, GivesTheDistancesOfTheRealTableForBothSides) {
         }
         for (const bool whiteMoves : {true, false}) {
             const std::string fen = fenOf(p, 'R', whiteMoves);
-            tables::setUp(fen);
+            setUpPosition(fen);
             if (!mayBeProbed(*board) || leftInCheck() != 0) {
                 continue;
             }
@@ -364,7 +364,7 @@ TEST(TableFile, EachResultHasItsOwnValueMap) {
     plan.valueMaps.push_back({"\x0A", "\x14", "\x1E", "\x28"});
     folder.write("KRvK.rtbz", writer::fileBytes(plan));
     tables::registerFolder(folder.path.string());
-    tables::setUp("8/8/3k4/8/8/8/8/K5R1 w - -");
+    setUpPosition("8/8/3k4/8/8/8/8/K5R1 w - -");
     const auto stored = [](i32 wdl) {
         i32 success = 1;
         const i32 dtz = probeDtzTable(wdl, success);
@@ -387,7 +387,7 @@ TEST(TableFile, AStoredNumberBeyondItsValueMapFails) {
     plan.valueMaps.push_back({"\x0A", "\x14\x15", "", ""});
     folder.write("KRvK.rtbz", writer::fileBytes(plan));
     tables::registerFolder(folder.path.string());
-    tables::setUp("8/8/3k4/8/8/8/8/K5R1 w - -");
+    setUpPosition("8/8/3k4/8/8/8/8/K5R1 w - -");
     i32 success = 1;
     EXPECT_EQ(probeDtzTable(-2, success), 42);
     EXPECT_EQ(success, 1);
@@ -472,7 +472,7 @@ void expectCorrupted(const std::string& bytes) {
                             "k5r1/8/8/8/8/3K4/8/8 b - -", "8/8/3k4/8/8/8/8/K5R1 b - -"}) {
         const bool isFirst = lookupTable(materialOfName("KRvK").key) != nullptr;
         testing::internal::CaptureStdout();
-        tables::setUp(fen);
+        setUpPosition(fen);
         i32 success = 1;
         EXPECT_EQ(probeWdl(success), 0);
         EXPECT_EQ(success, 0);
@@ -576,7 +576,7 @@ TEST(DamagedTable, ThatIsEmptyEndsTheProcess) {
     const TableFolder folder;
     folder.write("KRvK.rtbw", "");
     tables::registerFolder(folder.path.string());
-    tables::setUp("8/8/3k4/8/8/8/8/K5R1 w - -");
+    setUpPosition("8/8/3k4/8/8/8/8/K5R1 w - -");
     i32 success = 0;
     EXPECT_EXIT(static_cast<void>(probeWdl(success)), testing::ExitedWithCode(1), "");
 }
@@ -586,7 +586,7 @@ TEST(DamagedTable, ThatHasGoneSinceTheStartEndsTheProcess) {
     folder.write("KRvK.rtbw", realBytes("KRvK.rtbw"));
     tables::registerFolder(folder.path.string());
     std::filesystem::remove(folder.path / "KRvK.rtbw");
-    tables::setUp("8/8/3k4/8/8/8/8/K5R1 w - -");
+    setUpPosition("8/8/3k4/8/8/8/8/K5R1 w - -");
     i32 success = 0;
     EXPECT_EXIT(static_cast<void>(probeWdl(success)), testing::ExitedWithCode(1), "");
 }
@@ -711,7 +711,7 @@ TEST(DamagedTable, WithAnyByteChangedNeverGivesAValueOutOfRange) {
             for (const char* fen :
                  {"8/8/3k4/8/8/8/8/K5R1 w - -", "8/8/3k4/8/8/8/8/K5Q1 b - -", "8/8/3k4/8/5n2/8/8/K5B1 w - -",
                   "8/8/3k4/8/5p2/8/8/K7 w - -", "8/8/3k4/8/8/8/6P1/K7 b - -"}) {
-                tables::setUp(fen);
+                setUpPosition(fen);
                 i32 success = 0;
                 const i32 value = probeWdl(success);
                 EXPECT_TRUE(value >= -2 && value <= 2);
