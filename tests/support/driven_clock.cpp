@@ -1,9 +1,13 @@
 // Loaded ahead of the C library by a test: a monotonic clock that the test drives, so that nothing it sees depends on
 // how fast the machine is. TARVELMON_CLOCK is "processor" for a clock of the process's own processor time, or names a
 // file that holds a DrivenClock, through which the test moves it while the process runs.
+//
+// A sanitizer looks at the clock too, before it has set itself up and while it holds its locks. So nothing is called here
+// that it watches: the system is asked directly.
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <sys/mman.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 #include <cstdint>
 #include <cstdlib>
@@ -31,26 +35,33 @@ ClockGetTime realClock() {
     return real;
 }
 
-DrivenClock* openClock() {
-    const char* path = std::getenv("TARVELMON_CLOCK");
-    const int file = path == nullptr ? -1 : open(path, O_RDWR | O_CLOEXEC);
-    if (file < 0) {
-        return nullptr;
-    }
-    void* memory = mmap(nullptr, sizeof(DrivenClock), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
-    close(file);
-    return memory == MAP_FAILED ? nullptr : static_cast<DrivenClock*>(memory);
-}
+#ifdef SYS_mmap2
+constexpr long mapPages = SYS_mmap2;
+#else
+constexpr long mapPages = SYS_mmap;
+#endif
 
-DrivenClock* drivenClock() {
-    static DrivenClock* const clock = openClock();
-    return clock;
-}
+DrivenClock* drivenClock = nullptr;
+bool countsProcessorTime = false;
 
-bool countsProcessorTime() {
+// Ahead of the program, and of the first look that matters.
+__attribute__((constructor)) void openClock() {
     const char* text = std::getenv("TARVELMON_CLOCK");
-    static const bool answer = text != nullptr && std::strcmp(text, "processor") == 0;
-    return answer;
+    if (text == nullptr) {
+        return;
+    }
+    if (std::strcmp(text, "processor") == 0) {
+        countsProcessorTime = true;
+        return;
+    }
+    const long file = syscall(SYS_openat, AT_FDCWD, text, O_RDWR | O_CLOEXEC);
+    if (file < 0) {
+        return;
+    }
+    const long memory =
+        syscall(mapPages, nullptr, sizeof(DrivenClock), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0L);
+    syscall(SYS_close, file);
+    drivenClock = memory == -1 ? nullptr : reinterpret_cast<DrivenClock*>(memory);
 }
 
 int look(DrivenClock& clock, timespec* time) {
@@ -64,7 +75,8 @@ int look(DrivenClock& clock, timespec* time) {
     __atomic_fetch_add(&clock.looks, 1, __ATOMIC_ACQ_REL);
     const std::int64_t longer = __atomic_load_n(&clock.lookTakes, __ATOMIC_ACQUIRE);
     if (longer != 0) {
-        usleep(static_cast<useconds_t>(longer));
+        const timespec wait{0, static_cast<long>(longer * 1000)};
+        syscall(SYS_nanosleep, &wait, nullptr);
     }
     return result;
 }
@@ -75,8 +87,8 @@ extern "C" int clock_gettime(clockid_t clock, timespec* time) noexcept {
     if (clock != CLOCK_MONOTONIC) {
         return realClock()(clock, time);
     }
-    if (countsProcessorTime()) {
+    if (countsProcessorTime) {
         return realClock()(CLOCK_PROCESS_CPUTIME_ID, time);
     }
-    return drivenClock() != nullptr ? look(*drivenClock(), time) : realClock()(clock, time);
+    return drivenClock != nullptr ? look(*drivenClock, time) : realClock()(clock, time);
 }
