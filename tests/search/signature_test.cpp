@@ -8,6 +8,7 @@
 namespace {
 
 TEST(SearchSignature, IsTheCommittedOne) {
+    const ThinkingSink former = thinkingSink;
     testing::internal::CaptureStdout();
     setUpFixedSearches();
     u64 signature = 0;
@@ -18,6 +19,7 @@ TEST(SearchSignature, IsTheCommittedOne) {
         signature += nodes;
     }
     testing::internal::GetCapturedStdout();
+    thinkingSink = former;
     EXPECT_EQ(signature, searchSignature);
 }
 
