@@ -221,6 +221,12 @@ def changed_lines(text, mutant):
     return " ".join(before.split()), " ".join(after.split())
 
 
+def line_above(text, mutant):
+    """The line before those that the mutant touches, with single blanks."""
+    above = text[:text.rfind("\n", 0, mutant.start) + 1].splitlines()
+    return " ".join(above[-1].split()) if above else ""
+
+
 def drawn(sources, seed):
     """All mutants of the sources {file: text} in the order in which they are tried.
 

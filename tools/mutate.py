@@ -310,18 +310,23 @@ def sources(files):
     return {name: (TOP / name).read_text() for name in names if files or not LEFT_OUT.search(name)}
 
 
-def known_equivalents():
-    """(file, before, after) of each mutant that is listed as one that no test can kill."""
+def known_equivalents(listed):
+    """(file, before, after, line above or None) of each mutant of the list that no test can kill."""
     known, file = set(), None
-    if EQUIVALENTS.exists():
-        for line in EQUIVALENTS.read_text().splitlines():
-            heading = re.match(r"#+ `(src/\S+)`", line)
-            entry = re.match(r"- `` (.*?) `` becomes `` (.*?) ``", line)
-            if heading:
-                file = heading.group(1)
-            elif entry and file:
-                known.add((file, entry.group(1), entry.group(2)))
+    for line in listed.splitlines():
+        heading = re.match(r"#+ `(src/\S+)`", line)
+        entry = re.match(r"- `` (.*?) `` becomes `` (.*?) ``(?: below `` (.*?) ``)?:", line)
+        if heading:
+            file = heading.group(1)
+        elif entry and file:
+            known.add((file, *entry.groups()))
     return known
+
+
+def is_among(known, mutant, text):
+    """Whether a mutant is one of `known_equivalents`."""
+    changed = (mutant.file, *mutants.changed_lines(text, mutant))
+    return (*changed, None) in known or (*changed, mutants.line_above(text, mutant)) in known
 
 
 def survivors_of(path, texts):
@@ -353,7 +358,7 @@ class Score:
     """Counts the mutants, and keeps what became of each in a file."""
 
     def __init__(self, path, resume):
-        self.equivalent = known_equivalents()
+        self.equivalent = known_equivalents(EQUIVALENTS.read_text())
         self.counts = collections.Counter()
         self.by_folder = collections.defaultdict(collections.Counter)
         self.results = {}
@@ -374,8 +379,7 @@ class Score:
             return "no mutant"
         if by:
             return "killed"
-        known = (mutant.file, *mutants.changed_lines(text, mutant)) in self.equivalent
-        return "equivalent" if known else "survived"
+        return "equivalent" if is_among(self.equivalent, mutant, text) else "survived"
 
     def write(self, mutant, text, by, seconds):
         if self.file:

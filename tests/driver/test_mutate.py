@@ -7,6 +7,7 @@ import unittest
 TOP = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..")
 sys.path.insert(0, os.path.join(TOP, "tools"))
 import mutants  # noqa: E402
+import mutate  # noqa: E402
 
 LEFT_ALONE = '''
 // a + b == 1
@@ -109,6 +110,23 @@ class Mutants(unittest.TestCase):
         for queue in queues:
             lines = [mutants.line_number(EVERY_KIND, mutant.start) for mutant in queue]
             self.assertEqual(len(set(lines)), len(set(lines[:len(set(lines))])))
+
+    def test_a_line_that_repeats_is_told_by_the_one_above(self):
+        text = "void f() {\n    g();\n    return;\n    h();\n    return;\n}\n"
+        listed = "## `src/a/a.cpp`\n\n- `` return; `` becomes `` ; `` below `` h(); ``: a reason\n"
+        known = mutate.known_equivalents(listed)
+        found = [mutant for mutant in mutants.mutants_of("src/a/a.cpp", text) if mutant.before == "return;"]
+        self.assertEqual([mutate.is_among(known, mutant, text) for mutant in found], [False, True])
+        without_line = mutate.known_equivalents(listed.replace(" below `` h(); ``", ""))
+        self.assertEqual([mutate.is_among(without_line, mutant, text) for mutant in found], [True, True])
+
+    def test_every_listed_equivalent_is_a_mutant_of_the_source(self):
+        listed = mutate.known_equivalents(mutate.EQUIVALENTS.read_text())
+        self.assertTrue(listed)
+        for entry in listed:
+            with self.subTest(entry):
+                text = mutate.sources([os.path.join(TOP, entry[0])])[entry[0]]
+                self.assertTrue(any(mutate.is_among({entry}, mutant, text) for mutant in mutants.mutants_of(entry[0], text)))
 
 
 if __name__ == "__main__":
