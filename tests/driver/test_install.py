@@ -13,25 +13,36 @@ def read(path):
         return file.read()
 
 
+def install(prefix):
+    subprocess.run(["cmake", "--install", BUILD, "--prefix", prefix], check=True, stdout=subprocess.DEVNULL)
+
+
+def write(path, content):
+    with open(path, "wb") as file:
+        file.write(content)
+
+
 class Installed(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         folder = tempfile.TemporaryDirectory(prefix="tarvelmon-install-")
         cls.addClassCleanup(folder.cleanup)
         cls.prefix = os.path.join(folder.name, "a prefix")
-        subprocess.run(["cmake", "--install", BUILD, "--prefix", cls.prefix], check=True, stdout=subprocess.DEVNULL)
+        install(cls.prefix)
 
     def setUp(self):
         folder = tempfile.TemporaryDirectory(prefix="tarvelmon-home-")
         self.addCleanup(folder.cleanup)
         self.home = folder.name
         self.folder = os.path.join(self.home, ".local", "share", "tarvelmon")
-        self.share = os.path.join(self.prefix, "share", "tarvelmon")
+        self.share = os.path.join(self.prefix, "share", "games", "tarvelmon")
 
-    def start(self, text, program="tarvelmon", cwd=None, **environment):
+    def start(self, text, program="tarvelmon", cwd=None, prefix=None, **environment):
         """Output of an installed script for an input; it must end with status 0 and an empty error output."""
-        done = subprocess.run([os.path.join(self.prefix, "bin", program)], input=text, text=True, timeout=120, cwd=cwd,
-                              capture_output=True, env={"PATH": os.environ["PATH"], "HOME": self.home, **environment})
+        variables = {"PATH": os.environ["PATH"], "HOME": self.home, **environment}
+        done = subprocess.run([os.path.join(prefix or self.prefix, "bin", program)], input=text, text=True, timeout=120,
+                              cwd=cwd, capture_output=True,
+                              env={name: value for name, value in variables.items() if value is not None})
         self.assertEqual((done.returncode, done.stderr), (0, ""))
         return done.stdout
 
@@ -42,8 +53,7 @@ class Installed(unittest.TestCase):
 
     def test_engine_reads_the_users_settings_and_leaves_them_alone(self):
         self.start("quit\n")
-        with open(self.folder + "/tarvelmon.ini", "w") as file:
-            file.write("[ENGINE]\nHashSize=5\n")
+        write(self.folder + "/tarvelmon.ini", b"[ENGINE]\nHashSize=5\n")
         self.assertIn("Allocated 5 MB for the Hash Table\n", self.start("xboard\nquit\n"))
         self.assertEqual(read(self.folder + "/tarvelmon.ini"), b"[ENGINE]\nHashSize=5\n")
 
@@ -53,6 +63,52 @@ class Installed(unittest.TestCase):
     def test_a_home_that_cannot_be_written_does_not_matter(self):
         self.assertIn("(move from book)\n", self.start("xboard\nnew\ngo\nquit\n", TARVELMON_HOME="/dev/null/nowhere"))
 
+    def test_no_home_does_not_matter(self):
+        self.assertIn("(move from book)\n", self.start("xboard\nnew\ngo\nquit\n", HOME=None))
+        self.assertEqual(sorted(os.listdir(self.share)), ["book.bin", "tarvelmon.ini"])
+
+    def test_installing_again_leaves_the_users_files_alone_in_the_same_prefix(self):
+        prefix = os.path.join(self.home, ".local")
+        install(prefix)
+        self.start("quit\n", prefix=prefix)
+        os.remove(self.folder + "/book.bin")
+        for name in ("tarvelmon.ini", "book.bin", "syzygy/KRvK.rtbw"):
+            write(os.path.join(self.folder, name), b"the user's own\n")
+        install(prefix)
+        self.start("quit\n", prefix=prefix)
+        self.start("quit\n", "tarvelmon-gui", prefix=prefix)
+        self.assertEqual(sorted(os.listdir(self.folder)), ["book.bin", "syzygy", "tarvelmon.ini"])
+        for name in ("tarvelmon.ini", "book.bin", "syzygy/KRvK.rtbw"):
+            self.assertEqual(read(os.path.join(self.folder, name)), b"the user's own\n", name)
+
+    def test_a_new_version_brings_its_book(self):
+        prefix = os.path.join(self.home, ".local")
+        install(prefix)
+        self.start("quit\n", prefix=prefix)
+        write(prefix + "/share/games/tarvelmon/book.bin", b"a newer book")
+        self.start("quit\n", prefix=prefix)
+        self.assertEqual(read(self.folder + "/book.bin"), b"a newer book")
+
+    def test_a_book_of_an_installation_that_is_gone_is_replaced(self):
+        os.makedirs(self.folder)
+        os.symlink(self.home + "/gone/book.bin", self.folder + "/book.bin")
+        self.assertIn("(move from book)\n", self.start("xboard\nnew\ngo\nquit\n"))
+
+    def test_a_link_to_a_book_of_the_users_own_stays(self):
+        os.makedirs(self.folder)
+        write(self.home + "/own.bin", b"")
+        os.symlink(self.home + "/own.bin", self.folder + "/book.bin")
+        self.start("quit\n")
+        self.assertEqual(os.readlink(self.folder + "/book.bin"), self.home + "/own.bin")
+
+    def test_what_is_missing_of_the_users_files_comes_back(self):
+        self.start("quit\n")
+        os.remove(self.folder + "/tarvelmon.ini")
+        write(self.folder + "/notes", b"mine")
+        self.start("quit\n")
+        self.assertEqual(read(self.folder + "/tarvelmon.ini"), read(self.share + "/tarvelmon.ini"))
+        self.assertEqual(read(self.folder + "/notes"), b"mine")
+
     def test_the_companion_plays_with_the_same_settings_and_book(self):
         said = self.start("uci\nposition startpos\ngo movetime 10\nquit\n", "tarvelmon-gui")
         self.assertIn("option name Hash type spin default 128 ", said)
@@ -60,8 +116,7 @@ class Installed(unittest.TestCase):
         self.assertEqual(sorted(os.listdir(self.folder)), ["book.bin", "syzygy", "tarvelmon.ini"])
 
     def test_the_companion_prefers_settings_where_it_is_started(self):
-        with open(os.path.join(self.home, "tarvelmon.ini"), "w") as file:
-            file.write("[ENGINE]\nHashSize=5\n")
+        write(os.path.join(self.home, "tarvelmon.ini"), b"[ENGINE]\nHashSize=5\n")
         said = self.start("uci\nquit\n", "tarvelmon-gui", cwd=self.home)
         self.assertIn("option name Hash type spin default 5 ", said)
 
