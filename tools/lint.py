@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Checks the source itself: form, clang-tidy and the scripts.
+"""Checks the source itself: form, clang-tidy, the scripts and the manual pages.
 
 usage: lint.py BUILD_FOLDER
 
 clang-format over every C++ file, clang-tidy over the sources of src/, tools/ and companions/, shellcheck over the
-scripts. BUILD_FOLDER holds compile_commands.json. A file that clang-tidy has passed is not looked at again until it,
+scripts, groff and mandoc over the manual pages. BUILD_FOLDER holds compile_commands.json. A file that clang-tidy has passed is not looked at again until it,
 what it includes or the checks change: notes of that are kept in BUILD_FOLDER/lint. Status 1 if anything is found.
 """
 import concurrent.futures
@@ -52,6 +52,12 @@ def check_scripts():
     return [] if clean else [text]
 
 
+def check_pages():
+    pages = tracked("docs/man/*")
+    found = [run(["groff", "-man", "-Tutf8", "-ww", "-z", *pages])[1], run(["mandoc", "-Tlint", *pages])[1]]
+    return [text for text in found if text]
+
+
 def fingerprint(entry, settings):
     """What clang-tidy would see of the file, in a few bytes; None if it does not compile."""
     arguments = shlex.split(entry["command"])
@@ -94,7 +100,7 @@ def main():
         print(__doc__.split("\n\n")[1], file=sys.stderr)
         return 2
     build = Path(sys.argv[1]).resolve()
-    faults = check_form() + check_scripts() + check_tidy(build)
+    faults = check_form() + check_scripts() + check_pages() + check_tidy(build)
     print("\n".join(faults) if faults else "lint: nothing found")
     return 1 if faults else 0
 

@@ -68,6 +68,20 @@ class Documents(unittest.TestCase):
             self.assertIn("3 to 64", Path(folder, "docs/man/tarvelmon.6").read_text())
 
 
+    def test_every_link_leads_somewhere(self):
+        count = 0
+        for path in [*TOP.glob("*.md"), *TOP.glob("docs/*.md")]:
+            for link in re.findall(r"\]\(([^)#:]+)\)", path.read_text(encoding="utf-8")):
+                count += 1
+                self.assertTrue((path.parent / link).exists(), f"{path.name}: {link}")
+        self.assertGreater(count, 20)
+
+    def test_the_changes_are_told_of_this_version_and_signature(self):
+        newest = re.search(r"^## (\S+)\n\nSignature (\d+)\.$", source("CHANGELOG.md"), re.MULTILINE).groups()
+        signature = re.search(r"searchSignature = ([\d']+)", source("bench/search_set.h")).group(1)
+        self.assertEqual(newest, (make_documents.version(), signature.replace("'", "")))
+
+
 class Settings(unittest.TestCase):
 
     def setUp(self):
