@@ -48,7 +48,8 @@ void zeroPages(void* memory, std::size_t bytes);
 /// Interfaces send SIGINT before each command: it does nothing from now on.
 void ignoreInterrupts();
 
-/// Makes standard input and output unbuffered.
+/// Makes standard output unbuffered. Input comes by as much as is there: a line never waits for the next, and the threads
+/// that read in turn share what one of them has fetched. Nobody else reads it.
 void setUpStandardStreams();
 /// For a standard stream that has just failed to read or write. If it only was not ready, because another program has
 /// left it in a state in which it does not block: waits until it is, and returns true.

@@ -116,7 +116,7 @@ void ignoreInterrupts() {
 
 void setUpStandardStreams() {
     std::setvbuf(stdout, nullptr, _IONBF, 0);
-    std::setvbuf(stdin, nullptr, _IONBF, 0);
+    std::setvbuf(stdin, nullptr, _IOFBF, BUFSIZ);
 }
 
 bool waitedForStream(std::FILE* stream) {

@@ -100,5 +100,17 @@ class EndOfInput(unittest.TestCase):
         self.assertRegex(text, r"\nmove [a-h][1-8][a-h][1-8] \n$")
 
 
+class SharedInput(unittest.TestCase):
+    def test_lines_that_came_together_go_to_whoever_reads_next(self):
+        # The command loop, the monitor beside the analysis, the command loop again.
+        status, text = run("xboard\nping 1\nanalyze\nping 2\nexit\nping 3\nquit\nping 4\n")
+        self.assertEqual((status, [line for line in text.splitlines() if line.startswith("pong")]),
+                         (0, ["pong 1", "pong 3"]))
+
+    def test_what_follows_quit_in_a_file_is_left_for_the_next_program(self):
+        with Engine(arguments=("sh", "-c", '{ "$0"; cat; } <session'), files={"session": b"\nquit\nthe rest\n"}) as shell:
+            self.assertEqual((shell.wait_for_end(), shell.text), (0, BANNER + "the rest\n"))
+
+
 if __name__ == "__main__":
     unittest.main()
