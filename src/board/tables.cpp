@@ -73,13 +73,14 @@ static constexpr std::array<u64, 64> rookMultipliers = {
     0x2003000800021005ULL, 0x80010002040008C1ULL, 0x0208008122081004ULL, 0x4000008844002102ULL,
 };
 
+// The two lines of a slider, by their upward direction: steps to higher squares.
 struct Direction {
     i32 file;
     i32 rank;
 };
-using Directions = std::array<Direction, 4>;
-static constexpr Directions bishopDirections = {{{1, 1}, {1, -1}, {-1, 1}, {-1, -1}}};
-static constexpr Directions rookDirections = {{{1, 0}, {-1, 0}, {0, 1}, {0, -1}}};
+using Directions = std::array<Direction, 2>;
+static constexpr Directions bishopDirections = {{{1, 1}, {-1, 1}}};
+static constexpr Directions rookDirections = {{{1, 0}, {0, 1}}};
 
 static constexpr i32 bishopAttackSets = 5248;
 static constexpr i32 rookAttackSets = 102400;
@@ -90,47 +91,80 @@ constinit std::array<MagicEntry, 64> rookMagic{};
 // The bishops' stretches, square 0 to 63, then the rooks'.
 static constinit std::array<TBB, bishopAttackSets + rookAttackSets> attackBlock{};
 
-// The rays from `square` up to and including the first member of `occ`.
-static TBB walkRays(i32 square, const Directions& directions, TBB occ) {
-    TBB reached = 0;
-    for (const Direction& d : directions) {
-        for (i32 n = 1; n < 8; ++n) {
-            const TBB to = geometry::step(square, d.file * n, d.rank * n);
-            reached |= to;
-            if (to == 0 || (occ & to) != 0) {
-                break;
-            }
-        }
+// A line through a square, without the square.
+struct Line {
+    TBB above;  // its squares with higher numbers
+    TBB below;
+    TBB mask;  // those that can block: without the last one on either side
+};
+
+static Line lineThrough(i32 square, const Direction& d) {
+    Line line{};
+    for (i32 n = 1; n < 8; ++n) {
+        const TBB up = geometry::step(square, d.file * n, d.rank * n);
+        const TBB down = geometry::step(square, -d.file * n, -d.rank * n);
+        line.above |= up;
+        line.below |= down;
+        line.mask |= geometry::step(square, d.file * (n + 1), d.rank * (n + 1)) != 0 ? up : 0;
+        line.mask |= geometry::step(square, -d.file * (n + 1), -d.rank * (n + 1)) != 0 ? down : 0;
     }
-    return reached;
+    return line;
 }
 
-// The squares of the rays that can block: without the last square of each.
-static TBB blockerMask(i32 square, const Directions& directions) {
-    TBB mask = 0;
-    for (const Direction& d : directions) {
-        for (i32 n = 1; n < 8 && geometry::step(square, d.file * (n + 1), d.rank * (n + 1)) != 0; ++n) {
-            mask |= geometry::step(square, d.file * n, d.rank * n);
+// The squares of the line up to and including the first blocker on either side.
+static TBB reachedOnLine(const Line& line, TBB blockers) {
+    const TBB above = blockers & line.above;
+    const TBB below = blockers & line.below;
+    const TBB downToBlocker = ~TBB{0} << (63 - std::countl_zero(below | 1));
+    return (line.above & (above ^ (above - 1))) | (line.below & downToBlocker);
+}
+
+// All ways in which a line can be blocked.
+struct LineSets {
+    struct Entry {
+        u64 product;  // the blockers times the square's multiplier
+        TBB reached;
+    };
+    u32 count;
+    std::array<Entry, 64> entries;
+};
+
+static void listLine(LineSets& sets, const Line& line, u64 magic) {
+    sets.count = 0;
+    TBB blockers = 0;
+    do {
+        sets.entries[sets.count++] = {blockers * magic, reachedOnLine(line, blockers)};
+        blockers = (blockers - line.mask) & line.mask;
+    } while (blockers != 0);
+}
+
+// Fills the stretch of one square. What blocks both lines is the sum of what blocks each, and so is its product.
+static void fillStretch(TBB* stretch, u32 shift, const LineSets& first, const LineSets& second) {
+    for (u32 i = 0; i < first.count; ++i) {
+        const LineSets::Entry one = first.entries[i];
+        for (u32 k = 0; k < second.count; ++k) {
+            const LineSets::Entry& other = second.entries[k];
+            stretch[(one.product + other.product) >> shift] = one.reached | other.reached;
         }
     }
-    return mask;
 }
 
 // Fills the stretches of one kind of piece from `stretch` on; returns the end of the last.
 static TBB* fillSliders(std::array<MagicEntry, 64>& entries, const Directions& directions,
                         const std::array<u64, 64>& multipliers, TBB* stretch) {
+    LineSets first;
+    LineSets second;
     for (i32 square = 0; square < 64; ++square) {
-        const TBB mask = blockerMask(square, directions);
-        const i32 bits = popCount(mask);
         const u64 magic = multipliers[static_cast<u32>(square)];
-        const u32 shift = static_cast<u32>(64 - bits);
+        const Line line = lineThrough(square, directions[0]);
+        const Line otherLine = lineThrough(square, directions[1]);
+        const TBB mask = line.mask | otherLine.mask;
+        const u32 shift = static_cast<u32>(64 - popCount(mask));
         entries[static_cast<u32>(square)] = MagicEntry{mask, magic, shift, stretch};
-        TBB subset = 0;
-        do {
-            stretch[subset * magic >> shift] = walkRays(square, directions, subset);
-            subset = (subset - mask) & mask;
-        } while (subset != 0);
-        stretch += std::size_t{1} << bits;
+        listLine(first, line, magic);
+        listLine(second, otherLine, magic);
+        fillStretch(stretch, shift, first, second);
+        stretch += std::size_t{1} << popCount(mask);
     }
     return stretch;
 }
