@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <string>
 
 constinit std::array<tbEntryPiece, TBMAX_PIECE> tbPiece{};
 constinit std::array<tbEntryPawn, TBMAX_PAWN> tbPawn{};
@@ -198,9 +199,8 @@ void dropTable(const TableMaterial& material) {
 // ---- the scan -------------------------------------------------------------------------------------------------
 
 static bool wdlFileExists(const char* name) {
-    char path[tbPathSize + 32];
-    std::snprintf(path, sizeof path, "%s/%s.rtbw", tbPathWdl, name);
-    std::FILE* file = openRegularFile(path);
+    const std::string path = std::string(tbPathWdl) + '/' + name + ".rtbw";
+    std::FILE* file = openRegularFile(path.c_str());
     if (file == nullptr) {
         return false;
     }
@@ -242,28 +242,30 @@ void tbAddTable(const char* name) {
 
 constexpr char pieceLetters[] = "KQRBNP";  // 1 to 5 are the men beside the king
 
+// Each "*" of the name stands for one of the letters. Hundreds of names are tried at a start, so nothing is printed here.
 template <typename... Letters>
-static void tryName(const char* format, Letters... letters) {
-    char name[tableNameSize];
-    std::snprintf(name, sizeof name, format, pieceLetters[letters]...);
-    tbAddTable(name);
+static void tryName(std::string name, Letters... letters) {
+    for (const i32 letter : {letters...}) {
+        name[name.find('*')] = pieceLetters[letter];
+    }
+    tbAddTable(name.c_str());
 }
 
 static void tryThreeMen() {
     for (i32 i = 1; i <= 5; ++i) {
-        tryName("K%cvK", i);
+        tryName("K*vK", i);
     }
 }
 
 static void tryFourMen() {
     for (i32 i = 1; i <= 5; ++i) {
         for (i32 j = i; j <= 5; ++j) {
-            tryName("K%cvK%c", i, j);
+            tryName("K*vK*", i, j);
         }
     }
     for (i32 i = 1; i <= 5; ++i) {
         for (i32 j = i; j <= 5; ++j) {
-            tryName("K%c%cvK", i, j);
+            tryName("K**vK", i, j);
         }
     }
 }
@@ -272,14 +274,14 @@ static void tryFiveMen() {
     for (i32 i = 1; i <= 5; ++i) {
         for (i32 j = i; j <= 5; ++j) {
             for (i32 k = 1; k <= 5; ++k) {
-                tryName("K%c%cvK%c", i, j, k);
+                tryName("K**vK*", i, j, k);
             }
         }
     }
     for (i32 i = 1; i <= 5; ++i) {
         for (i32 j = i; j <= 5; ++j) {
             for (i32 k = j; k <= 5; ++k) {
-                tryName("K%c%c%cvK", i, j, k);
+                tryName("K***vK", i, j, k);
             }
         }
     }
@@ -290,7 +292,7 @@ static void trySixMenTwoEach() {
         for (i32 j = i; j <= 5; ++j) {
             for (i32 k = i; k <= 5; ++k) {
                 for (i32 l = k != i ? k : j; l <= 5; ++l) {
-                    tryName("K%c%cvK%c%c", i, j, k, l);
+                    tryName("K**vK**", i, j, k, l);
                 }
             }
         }
@@ -303,7 +305,7 @@ static void trySixMenThreeToOne() {
             for (i32 k = j; k <= 5; ++k) {
                 // deliberate: from 0, so that names with a second king are tried too
                 for (i32 l = 0; l <= 5; ++l) {
-                    tryName("K%c%c%cvK%c", i, j, k, l);
+                    tryName("K***vK*", i, j, k, l);
                 }
             }
         }
@@ -315,7 +317,7 @@ static void trySixMenFourToNone() {
         for (i32 j = i; j <= 5; ++j) {
             for (i32 k = j; k <= 5; ++k) {
                 for (i32 l = k; l <= 5; ++l) {
-                    tryName("K%c%c%c%cvK", i, j, k, l);
+                    tryName("K****vK", i, j, k, l);
                 }
             }
         }
