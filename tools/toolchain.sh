@@ -53,13 +53,64 @@ installPackages() {
         say "tarvelmon: not allowed to install packages. Please run as root:  apt-get install $*"
         return 1
     fi
-    say "tarvelmon: installing $*"
+    if [ "$prefix" = sudo ]; then
+        sudo -v >&2 || return 1 # before the line of progress begins
+    fi
+    local log
+    log=$(mktemp)
     # Lists of packages may be missing on a new machine, and may be too old on another.
-    $prefix apt-get -q update </dev/null >&2 || say "tarvelmon: apt-get update failed, trying with the lists at hand"
-    if ! $prefix env DEBIAN_FRONTEND=noninteractive \
-        apt-get -q install -y --no-install-recommends "$@" </dev/null >&2; then
+    if ! { $prefix apt-get -q update ||
+        echo "apt-get update failed, trying with the lists at hand"
+        $prefix env DEBIAN_FRONTEND=noninteractive \
+            apt-get -q -o APT::Status-Fd=1 install -y --no-install-recommends "$@"; } </dev/null 2>&1 |
+        tee "$log" | showProgress "installing $*"; then
+        cat "$log" >&2
+        rm -f "$log"
         say "tarvelmon: apt-get install failed. Needed are: $*"
         return 1
+    fi
+    rm -f "$log"
+}
+
+# progressOf LINE: sets `percent` if the line of apt-get (which first fetches, then installs), make or ninja tells it.
+progressOf() {
+    local status='^(dl|pm)status:[^:]*:([0-9]+)' percentage='^\[ *([0-9]+)%\]' count='^\[([0-9]+)/([0-9]+)\]'
+    if [[ $1 =~ $status ]]; then
+        percent=$((BASH_REMATCH[2] / 2))
+        if [ "${BASH_REMATCH[1]}" = pm ]; then
+            percent=$((percent + 50))
+        fi
+    elif [[ $1 =~ $percentage ]]; then
+        percent=${BASH_REMATCH[1]}
+    elif [[ $1 =~ $count ]]; then
+        percent=$((100 * BASH_REMATCH[1] / BASH_REMATCH[2]))
+    fi
+}
+
+# showProgress WHAT: reads what a command says, and says in one line that grows how far it is.
+showProgress() {
+    local line percent=0 shown=0
+    printf 'tarvelmon: %s' "$1" >&2
+    while IFS= read -r line; do
+        progressOf "$line"
+        while [ $((shown + 10)) -le "$percent" ]; do
+            shown=$((shown + 10))
+            printf ' %d%%' "$shown" >&2
+        done
+    done
+    printf '\n' >&2
+}
+
+# dropMovedBuild TREE FOLDER: empties a build folder that CMake has made in another place or for another tree: it was
+# moved, renamed or copied, and CMake refuses it. The folder "play" holds what a player has put there, and stays.
+dropMovedBuild() {
+    local cache=$2/CMakeCache.txt tree folder
+    if [ -f "$cache" ]; then
+        tree=$(sed -n 's/^CMAKE_HOME_DIRECTORY:INTERNAL=//p' "$cache")
+        folder=$(sed -n 's/^CMAKE_CACHEFILE_DIR:INTERNAL=//p' "$cache")
+        if [ ! "$tree" -ef "$1" ] || [ ! "$folder" -ef "$2" ]; then
+            find "$2" -mindepth 1 -maxdepth 1 ! -name play ! -name .lock -exec rm -rf {} +
+        fi
     fi
 }
 
