@@ -244,7 +244,7 @@ def page_options(_, __):
         where = {("yes", "no"): "Only in UCI.", ("no", "yes"): "Only in the xboard protocol."}.get(
             (option["uci"], option["xboard"]), "")
         if not where and option["xboard"] != "yes":
-            where = f"In the xboard protocol {in_xboard(option, code)}."
+            where = f"In the xboard protocol this is {in_xboard(option, code)}."
         text = option["does"][0].upper() + option["does"][1:] + ("." if option["does"][-1] != "." else "")
         lines += paragraph(rf"\fB{option['name']}\fR ({roff(', '.join(facts))})", (text + " " + where).strip())
     return lines
