@@ -141,14 +141,15 @@ def default_of(option):
 
 
 def list_options(_):
-    rows = [[code(o["name"]), o["accepted"], default_of(o), o["does"], o["uci"], in_xboard(o, code)]
+    rows = [[code(o["name"]), o["accepted"], default_of(o), o["does"], o["uci"], in_xboard(o)]
             for o in read_source("options")]
     return table(["option", "accepted", "default", "what", "UCI", "xboard"], rows)
 
 
-def in_xboard(option, mark):
+def in_xboard(option):
+    """Whether the xboard protocol has the option, or the words that stand for it."""
     word = option["xboard"]
-    return word if word in ("yes", "no") else ", ".join(mark(each) for each in word.split(", "))
+    return word if word in ("yes", "no") else ", ".join(code(each) for each in word.split(", "))
 
 
 def list_surroundings(argument):
@@ -180,10 +181,8 @@ def roff(text):
 
 def roff_form(form):
     """Words in capitals stand for something."""
-    def word(text):
-        return rf"\fI{text}\fB" if re.fullmatch(r"[A-Z]{1,}(\.\.\.)?", text) else text.replace("-", r"\-")
-    return r"\fB" + " ".join(re.sub(r"[A-Z]+(?:\.\.\.)?(?![a-z])|[^A-Z]+|[A-Z]", lambda m: word(m.group(0)), each)
-                             for each in form.split(" ")) + r"\fR"
+    marked = re.sub(r"[A-Z]{2,}(\.\.\.)?|\b[A-Z]\b", lambda match: rf"\fI{match.group(0)}\fB", form.replace("-", r"\-"))
+    return rf"\fB{marked}\fR"
 
 
 def wrapped(text):
@@ -215,13 +214,19 @@ def more_of(entry):
     return texts
 
 
+def joined(paragraphs):
+    return [line for lines in paragraphs for line in lines]
+
+
+# These take the words behind the list's name, and the program whose page it is.
+
 def page_settings(section, _):
-    return sum((paragraph(rf"\fB{s['name']}\fR ({accepted_of(s)})", s["effect"], *more_of(s))
-                for s in read_source("settings") if s["section"] == section), [])
+    return joined(paragraph(rf"\fB{setting['name']}\fR ({accepted_of(setting)})", setting["effect"], *more_of(setting))
+                  for setting in read_source("settings") if setting["section"] == section)
 
 
 def page_console(_, __):
-    return sum((paragraph(roff_typed(e), e["does"], *more_of(e)) for e in read_source("console")), [])
+    return joined(paragraph(roff_typed(entry), entry["does"], *more_of(entry)) for entry in read_source("console"))
 
 
 def page_positions(_, __):
@@ -229,30 +234,35 @@ def page_positions(_, __):
 
 
 def page_protocol(_, __):
-    return sum((paragraph(roff_typed(e), e["main"], *(["While it ponders or analyses: " + e["beside"]] if "beside" in e
-                                                      else [])) for e in read_source("protocol")), [])
+    def beside(entry):
+        return ["While it ponders or analyses: " + entry["beside"]] if "beside" in entry else []
+    return joined(paragraph(roff_typed(entry), entry["main"], *beside(entry)) for entry in read_source("protocol"))
 
 
 def page_words(source, _):
-    return sum((paragraph(roff_form(form_of(e)), e["does"]) for e in read_source(source)), [])
+    return joined(paragraph(roff_form(form_of(entry)), entry["does"]) for entry in read_source(source))
+
+
+def where_it_is(option):
+    """A sentence on an option that is not the same in both protocols."""
+    if option["xboard"] == "yes":
+        return "" if option["uci"] == "yes" else "Only in the xboard protocol."
+    if option["xboard"] == "no":
+        return "Only in UCI."
+    return f"In the xboard protocol this is {in_xboard(option)}."
 
 
 def page_options(_, __):
-    lines = []
-    for option in read_source("options"):
-        facts = [option["accepted"]] + ([f"default {default_of(option)}"] if default_of(option) else [])
-        where = {("yes", "no"): "Only in UCI.", ("no", "yes"): "Only in the xboard protocol."}.get(
-            (option["uci"], option["xboard"]), "")
-        if not where and option["xboard"] != "yes":
-            where = f"In the xboard protocol this is {in_xboard(option, code)}."
-        text = option["does"][0].upper() + option["does"][1:] + ("." if option["does"][-1] != "." else "")
-        lines += paragraph(rf"\fB{option['name']}\fR ({roff(', '.join(facts))})", (text + " " + where).strip())
-    return lines
+    def described(option):
+        facts = ", ".join([option["accepted"], *(f"default {value}" for value in [default_of(option)] if value)])
+        does = option["does"][0].upper() + option["does"][1:] + "."
+        return paragraph(rf"\fB{option['name']}\fR ({roff(facts)})", f"{does} {where_it_is(option)}".strip())
+    return joined(described(option) for option in read_source("options"))
 
 
 def page_surroundings(kind):
-    return lambda _, program: sum((paragraph(rf"\fB{roff(name)}\fR", does) for name, does in
-                                   surroundings(kind, program)), [])
+    return lambda _, program: joined(paragraph(rf"\fB{roff(name)}\fR", does)
+                                     for name, does in surroundings(kind, program))
 
 
 PAGE_LISTS = {
