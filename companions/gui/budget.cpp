@@ -12,8 +12,6 @@
 
 constexpr i32 endless = std::numeric_limits<i32>::max();
 constexpr i64 millisecondsPerCentisecond = 10;
-// Far beyond any game, and far enough from the limits of 32 bits for sums.
-constexpr i64 longestClock = 1'000'000'000;
 
 i32 centisecondsOf(i64 milliseconds) {
     return static_cast<i32>(std::clamp(milliseconds / millisecondsPerCentisecond, i64{0}, longestClock));

@@ -3,6 +3,9 @@
 
 #include "platform/bits.h"
 
+/// Centiseconds: far beyond any game, and far enough from the limits of 32 bits for sums.
+constexpr i64 longestClock = 1'000'000'000;
+
 /// Clocks in centiseconds, from the engine's view.
 struct Clocks {
     i32 own;

@@ -68,8 +68,19 @@ static std::vector<std::string> legalLine(const PvLine& line) {
     return texts;
 }
 
+std::optional<i32> mateMoves(i32 score) {
+    if (score >= lowestMateScore) {
+        return (mateScore + 1 - score) / 2;
+    }
+    if (score <= -lowestMateScore) {
+        return (mateScore + score) / 2;
+    }
+    return {};
+}
+
 static bool isMateWithin(i32 score, i32 moves) {
-    return moves > 0 && score >= lowestMateScore && (mateScore + 1 - score) / 2 <= moves;
+    const std::optional<i32> needed = mateMoves(score);
+    return moves > 0 && score > 0 && needed && *needed <= moves;
 }
 
 static void takeAttempt(const ThinkingAttempt& attempt) {

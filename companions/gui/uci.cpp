@@ -162,10 +162,6 @@ static Clocks clocksOf(const GoLimits& limits) {
             static_cast<i32>(std::clamp(limits.movesToGo, i64{0}, i64{1000}))};
 }
 
-static bool hasClock(const GoLimits& limits) {
-    return limits.whiteTime.has_value() || limits.blackTime.has_value();
-}
-
 static void setBudget(const GoLimits& limits) {
     if (limits.ponder || limits.infinite) {
         allowEndless();

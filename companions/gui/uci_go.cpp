@@ -80,7 +80,7 @@ GoLimits readGo(std::string_view text, const Standing& standing) {
     return limits;
 }
 
-static bool hasClock(const GoLimits& limits) {
+bool hasClock(const GoLimits& limits) {
     return limits.whiteTime.has_value() || limits.blackTime.has_value();
 }
 

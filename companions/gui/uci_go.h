@@ -27,6 +27,9 @@ struct GoLimits {
 /// in `standing` are dropped.
 [[nodiscard]] GoLimits readGo(std::string_view text, const Standing& standing);
 
+/// Whether a time on a clock is told.
+[[nodiscard]] bool hasClock(const GoLimits& limits);
+
 /// Whether nothing says when the search is to end: only "stop" ends it.
 [[nodiscard]] bool isEndless(const GoLimits& limits);
 

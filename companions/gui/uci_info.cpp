@@ -6,16 +6,12 @@
 
 #include <cinttypes>
 
-constexpr i32 mateScore = 20000;
-constexpr i32 lowestMateScore = 19000;
 constexpr i32 longSearchMs = 1000;
 
 static std::string scoreText(i32 score) {
-    if (score >= lowestMateScore) {
-        return "mate " + std::to_string((mateScore + 1 - score) / 2);
-    }
-    if (score <= -lowestMateScore) {
-        return "mate " + std::to_string(-(mateScore + score) / 2);
+    const std::optional<i32> mate = mateMoves(score);
+    if (mate) {
+        return "mate " + std::to_string(score > 0 ? *mate : -*mate);
     }
     return "cp " + std::to_string(score);
 }

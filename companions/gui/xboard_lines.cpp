@@ -7,18 +7,14 @@
 
 #include <cinttypes>
 
-constexpr i32 mateScore = 20000;
-constexpr i32 lowestMateScore = 19000;
 constexpr i32 protocolMate = 100000;
 
 static i32 protocolScore(i32 score) {
-    if (score >= lowestMateScore) {
-        return protocolMate + (mateScore + 1 - score) / 2;
+    const std::optional<i32> mate = mateMoves(score);
+    if (!mate) {
+        return score;
     }
-    if (score <= -lowestMateScore) {
-        return -protocolMate - (mateScore + score) / 2;
-    }
-    return score;
+    return score > 0 ? protocolMate + *mate : -protocolMate - *mate;
 }
 
 static const char* boundMark(AttemptEnd end) {

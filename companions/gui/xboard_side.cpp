@@ -282,8 +282,6 @@ static void takeDepth(std::string_view words, SessionLock&) {
     }
 }
 
-constexpr i64 longestClock = 1'000'000'000;  // centiseconds
-
 static void takeTime(std::string_view words, SessionLock&) {
     session.time.clocks.own = clampedNumber(words, 0, longestClock, session.time.clocks.own);
 }

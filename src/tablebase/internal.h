@@ -11,6 +11,7 @@
 #include <array>
 
 constexpr i32 tbMenMax = 6;
+constexpr i32 black = 8;  // added to a piece code
 
 // ---- records --------------------------------------------------------------------------------------------------
 

@@ -21,7 +21,6 @@ constinit std::array<tbHashBucket, tbHashBuckets> tbHash{};
 char tbPathWdl[tbPathSize] = "";
 char tbPathDtz[tbPathSize] = "";
 
-constexpr i32 black = 8;  // added to a piece code
 constexpr std::size_t environmentMax = 99;
 
 // ---- material keys --------------------------------------------------------------------------------------------

@@ -19,7 +19,6 @@ constexpr i32 indexBitsMax = 31;
 constexpr u32 symbolMax = 4096;
 constexpr i32 spanMax = 255;
 constexpr i32 noPawnOrder = 15;
-constexpr u8 black = 8;  // added to a piece code
 
 // ---- reading within bounds ------------------------------------------------------------------------------------
 

@@ -84,7 +84,7 @@ static bool isBlank(char c) {
 }
 
 // Move numbers and dots before a move.
-static std::string_view withoutMoveNumber(std::string_view word) {
+static std::string_view behindMoveNumber(std::string_view word) {
     const std::size_t digits = std::min(word.find_first_not_of("0123456789"), word.size());
     if (digits < word.size() && word[digits] != '.') {
         return word;  // a result or a castling with zeros
@@ -164,7 +164,7 @@ static void readWord(PgnReader& reader) {
         endGame(reader);
         return;
     }
-    const std::string_view move = withoutMoveNumber(word);
+    const std::string_view move = behindMoveNumber(word);
     if (hasLetterOrDigit(move) && move != "e.p.") {
         playWord(reader, line, move);
     }
