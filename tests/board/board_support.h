@@ -16,6 +16,8 @@
 #include <string>
 #include <vector>
 
+inline constexpr const char* startFen = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1";
+
 inline std::string textOf(Mossa move) {
     char text[6];
     moveToText(text, move, *board);

@@ -6,7 +6,6 @@
 namespace {
 
 constexpr Mossa pawnStep = makeMossa(MOVE_PAWN, 12, 20);
-constexpr const char* startFen = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1";
 
 TEST(CheckRecord, FindsAWrongKeyAndAWrongScore) {
     setUpPosition(startFen);

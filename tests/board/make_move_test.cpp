@@ -3,8 +3,6 @@
 
 #include "board/tables.h"
 
-static const char* startFen = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1";
-
 struct EpCase {
     const char* name;
     const char* fen;

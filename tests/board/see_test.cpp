@@ -8,7 +8,7 @@ struct SeeCase {
     Mossa move;
     i32 value;
 };
-static const SeeCase cases[] = {
+static const SeeCase seeCases[] = {
     {"rook takes an undefended pawn", "4k3/8/8/3p4/8/8/8/3RK3 w - - 0 1", makeMossa(CAPT_ROOK, 3, 35), 100},
     {"queen takes a pawn defended by a pawn", "4k3/8/4p3/3p4/8/8/8/3QK3 w - - 0 1",
      makeMossa(CAPT_QUEEN, 3, 35), -850},
@@ -31,7 +31,7 @@ static const SeeCase cases[] = {
 };
 
 TEST(See, HasTheValueOfTheExchange) {
-    for (const SeeCase& c : cases) {
+    for (const SeeCase& c : seeCases) {
         SCOPED_TRACE(c.name);
         setUpPosition(c.fen);
         const Scacchiera before = *board;

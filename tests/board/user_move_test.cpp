@@ -2,8 +2,6 @@
 #include "board_support.h"
 #include "frontend/session.h"
 
-static const char* startFen = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - 0 1";
-
 struct UserMoveCase {
     const char* name;
     const char* fen;
@@ -11,7 +9,7 @@ struct UserMoveCase {
     i32 result;
     i32 kind;  // of lastUserMove, 0 if it must not be set
 };
-static const UserMoveCase cases[] = {
+static const UserMoveCase userMoveCases[] = {
     {"a plain move", startFen, "e2e4", 1, MOVE_PAWN},
     {"a blank behind it", startFen, "e2e4 ", 1, MOVE_PAWN},
     {"a strange letter behind it", startFen, "e2e4x", 0, 0},
@@ -43,7 +41,7 @@ static const UserMoveCase cases[] = {
 };
 
 TEST(UserMove, IsPlayedOrRefused) {
-    for (const UserMoveCase& c : cases) {
+    for (const UserMoveCase& c : userMoveCases) {
         SCOPED_TRACE(c.name);
         setUpPosition(c.fen);
         const Scacchiera before = *board;

@@ -13,6 +13,13 @@
 
 #include <cstring>
 
+/// A term's value at a position.
+struct TermCase {
+    const char* name;
+    const char* fen;
+    i32 score;
+};
+
 constexpr u64 manyPawnRecords = 43690;
 constexpr u64 onePawnRecord = 0;  // the static one serves; emptied at once
 

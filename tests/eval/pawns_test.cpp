@@ -85,12 +85,6 @@ TEST(PawnTerms, BlacksViewMeetsWhitesViewOfTheMirroredPlacement) {
     EXPECT_EQ(pawnTerms(other, ownPlace(other)), 0);
 }
 
-struct TermCase {
-    const char* name;
-    const char* fen;
-    i32 score;
-};
-
 constexpr TermCase endingCases[] = {
     {"no pawn", "4k3/8/8/8/8/8/8/4K3 w - - 0 1", 0},
     {"one pawn", "4k3/8/8/8/8/8/P7/4K3 w - - 0 1", 0},

@@ -1,12 +1,6 @@
 // Terms of the pieces and hanging pieces. Numbers worked by hand.
 #include "eval_support.h"
 
-struct TermCase {
-    const char* name;
-    const char* fen;
-    i32 score;
-};
-
 // ---- knights --------------------------------------------------------------------------------------------------
 
 constexpr TermCase knightCases[] = {

@@ -17,7 +17,6 @@ i16 settle(i16 qDepth, i32 alpha, i32 beta) {
 
 // A king's danger is high here: an evaluation sets kingDanger.
 constexpr const char* dangerFen = "5rk1/2p4p/2p4r/3P4/4p1b1/1Q2NqPp/PP3P1K/R4R2 b - - 0 1";
-constexpr const char* foolsMateFen = "rnb1kbnr/pppp1ppp/8/4p3/6Pq/5P2/PPPPP2P/RNBQKBNR w KQkq - 1 3";
 
 bool evaluated() {
     return EngineOptions.kingDanger != 0;

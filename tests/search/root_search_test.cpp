@@ -8,31 +8,25 @@ namespace {
 
 constexpr const char* pawnTakesQueenFen = "4k3/8/8/3q4/4P3/8/8/4K3 w - - 0 1";
 
-struct Root {
+struct SearchedRoot {
     RootList list{};
     i32 count = 0;
 };
 
-Root rootOf(const std::string& fen) {
+SearchedRoot rootOf(const std::string& fen) {
     setUpFreshState(fen);
-    Root root;
+    SearchedRoot root;
     rootMoves(root.list, root.count);
     SearchInfo.nodes = 0;
     return root;
 }
 
-i16 run(Root& root, i32 depth, i32 alpha, i32 beta, PvLine& line) {
+i16 run(SearchedRoot& root, i32 depth, i32 alpha, i32 beta, PvLine& line) {
     return rootSearch(root.list, root.count, depth, wrap16(alpha), wrap16(beta), line, MATE, 0);
 }
 
-ys_hash slotHere() {
-    ys_hash slot{};
-    hashProbe(slot, 255, 0, 1);
-    return slot;
-}
-
 TEST(RootSearch, EveryMoveGetsItsScoreAndTheBestItsLine) {
-    Root root = rootOf(pawnTakesQueenFen);
+    SearchedRoot root = rootOf(pawnTakesQueenFen);
     PvLine line{};
     const i16 score = run(root, 2, -INFINITE, INFINITE, line);
     EXPECT_EQ(moveText(line.argmove[0]), "e4d5");
@@ -50,7 +44,7 @@ TEST(RootSearch, EveryMoveGetsItsScoreAndTheBestItsLine) {
 }
 
 TEST(RootSearch, AFailHighReturnsBetaAndLeavesTheRestAsItWas) {
-    Root root = rootOf(pawnTakesQueenFen);
+    SearchedRoot root = rootOf(pawnTakesQueenFen);
     std::swap(root.list[0], root.list[1]);  // the capture second
     for (i32 i = 0; i < root.count; ++i) {
         root.list[i].score = 4321;
@@ -68,7 +62,7 @@ TEST(RootSearch, AFailHighReturnsBetaAndLeavesTheRestAsItWas) {
 }
 
 TEST(RootSearch, AFailLowReturnsAlphaKeepsTheLineAndStoresItAsExact) {
-    Root root = rootOf(pawnTakesQueenFen);
+    SearchedRoot root = rootOf(pawnTakesQueenFen);
     PvLine line{};
     line.count = 9;
     line.argmove[0] = 77;
@@ -87,11 +81,11 @@ TEST(RootSearch, AFailLowReturnsAlphaKeepsTheLineAndStoresItAsExact) {
 
 TEST(RootSearch, AnEmptyListIsMateOrStalemate) {
     PvLine line{};
-    Root mated = rootOf("rnb1kbnr/pppp1ppp/8/4p3/6Pq/5P2/PPPPP2P/RNBQKBNR w KQkq - 1 3");
+    SearchedRoot mated = rootOf(foolsMateFen);
     ASSERT_EQ(mated.count, 0);
     EXPECT_EQ(run(mated, 5, -INFINITE, INFINITE, line), -MATE);
     EXPECT_EQ(slotHere().key, 0U);
-    Root stalemated = rootOf("7k/5Q2/6K1/8/8/8/8/8 b - - 0 1");
+    SearchedRoot stalemated = rootOf("7k/5Q2/6K1/8/8/8/8/8 b - - 0 1");
     ASSERT_EQ(stalemated.count, 0);
     EXPECT_EQ(run(stalemated, 5, -INFINITE, INFINITE, line), 0);
     EXPECT_EQ(slotHere().bound, HASH_EXACT);
@@ -99,14 +93,14 @@ TEST(RootSearch, AnEmptyListIsMateOrStalemate) {
 }
 
 TEST(RootSearch, MatingWithTheFirstMoveScoresOneLessThanMate) {
-    Root root = rootOf("6k1/5ppp/8/8/8/8/8/K3R3 w - - 0 1");
+    SearchedRoot root = rootOf("6k1/5ppp/8/8/8/8/8/K3R3 w - - 0 1");
     PvLine line{};
     EXPECT_EQ(run(root, 2, -INFINITE, INFINITE, line), 19999);
     EXPECT_EQ(moveText(line.argmove[0]), "e1e8");
 }
 
 TEST(RootSearch, AnIllegalEntryIsPassedOver) {
-    Root root = rootOf("4r1k1/8/8/8/8/8/4B3/4K3 w - - 0 1");
+    SearchedRoot root = rootOf("4r1k1/8/8/8/8/8/4B3/4K3 w - - 0 1");
     root.list[root.count++] = {makeMossa(MOVE_BISHOP, 12, 19), 0, 4321};  // the bishop is pinned
     PvLine line{};
     run(root, 1, -INFINITE, INFINITE, line);
@@ -118,9 +112,9 @@ TEST(RootSearch, ADepthBelowOneSearchesLikeOne) {
     for (const i32 depth : {0, -3, -32768}) {
         SCOPED_TRACE(depth);
         PvLine line{};
-        Root one = rootOf(pawnTakesQueenFen);
+        SearchedRoot one = rootOf(pawnTakesQueenFen);
         const i16 expected = run(one, 1, -INFINITE, INFINITE, line);
-        Root root = rootOf(pawnTakesQueenFen);
+        SearchedRoot root = rootOf(pawnTakesQueenFen);
         EXPECT_EQ(run(root, depth, -INFINITE, INFINITE, line), expected);
     }
 }

@@ -10,6 +10,11 @@
 
 #include <string>
 
+/// Positions that many tests begin with.
+inline constexpr const char* middleGameFen =
+    "r1bqkb1r/pppp1ppp/2n2n2/4p3/2B1P3/5N2/PPPP1PPP/RNBQK2R w KQkq - 4 4";
+inline constexpr const char* foolsMateFen = "rnb1kbnr/pppp1ppp/8/4p3/6Pq/5P2/PPPPP2P/RNBQKBNR w KQkq - 1 3";
+
 inline void resetClock() {
     resetManualClock();
     TimeControl.moveTime = twoHours;
@@ -35,4 +40,11 @@ inline Mossa findMove(const std::string& text) {
         }
     }
     return 0;
+}
+
+/// What the table holds in the slot of the position at `board`.
+inline ys_hash slotHere() {
+    ys_hash slot{};
+    hashProbe(slot, 255, 0, 1);
+    return slot;
 }

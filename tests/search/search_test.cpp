@@ -30,22 +30,12 @@ i16 run(const Node& node) {
     return run(node, line);
 }
 
-// What the table holds in the slot of the position at `board`.
-ys_hash slotHere() {
-    ys_hash slot{};
-    hashProbe(slot, 255, 0, 1);
-    return slot;
-}
-
 ys_hash slotAfter(const std::string& move) {
     makeMove(findMove(move));
     const ys_hash slot = slotHere();
     --board;
     return slot;
 }
-
-constexpr const char* foolsMateFen = "rnb1kbnr/pppp1ppp/8/4p3/6Pq/5P2/PPPPP2P/RNBQKBNR w KQkq - 1 3";
-constexpr const char* middleGameFen = "r1bqkb1r/pppp1ppp/2n2n2/4p3/2B1P3/5N2/PPPP1PPP/RNBQK2R w KQkq - 4 4";
 
 // ---- draws and limits -----------------------------------------------------------------------------------------
 

@@ -8,8 +8,6 @@
 
 namespace {
 
-constexpr const char* middleGameFen = "r1bqkb1r/pppp1ppp/2n2n2/4p3/2B1P3/5N2/PPPP1PPP/RNBQK2R w KQkq - 4 4";
-
 class SearchWatched : public testing::Test {
   protected:
     void SetUp() override {

@@ -11,11 +11,9 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-constexpr const char* middleGameFen = "r1bqkb1r/pppp1ppp/2n2n2/4p3/2B1P3/5N2/PPPP1PPP/RNBQK2R w KQkq - 4 4";
 constexpr const char* mateInOneFen = "6k1/5ppp/8/8/8/8/8/K3R3 w - - 0 1";
 constexpr const char* onlyMoveFen = "6k1/8/8/2B5/8/8/6PP/r6K w - - 0 1";
 constexpr const char* stalemateFen = "7k/5Q2/6K1/8/8/8/8/8 b - - 0 1";
-constexpr const char* mateFen = "rnb1kbnr/pppp1ppp/8/4p3/6Pq/5P2/PPPPP2P/RNBQKBNR w KQkq - 1 3";
 
 struct Thought {
     Mossa move = 0;
@@ -219,7 +217,7 @@ TEST(Think, WithoutPostThinkingNothingIsShown) {
 }
 
 TEST(Think, WithoutALegalMoveEachDepthReturnsAtOnceAndNoFormerMoveIsPlayed) {
-    for (const char* fen : {stalemateFen, mateFen}) {
+    for (const char* fen : {stalemateFen, foolsMateFen}) {
         SCOPED_TRACE(fen);
         setUpFreshState(middleGameFen);
         EngineOptions.maxDepth = 3;

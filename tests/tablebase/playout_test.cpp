@@ -105,10 +105,10 @@ Mossa drawingMove(std::mt19937_64& random) {
     return moves.front();
 }
 
-using Placement = std::tuple<TBB, TBB, TBB, TBB, u8>;
+using SeenRecord = std::tuple<TBB, TBB, TBB, TBB, u8>;
 
 // Whether the position stands for the third time. The engine's own count is another, deliberately.
-bool standsForTheThirdTime(std::map<Placement, i32>& seen) {
+bool standsForTheThirdTime(std::map<SeenRecord, i32>& seen) {
     const Scacchiera& b = *board;
     return ++seen[{b.side, b.pbq, b.nbk, b.rqk, b.stateFlags & blackToMoveFlag}] >= 3;
 }
@@ -123,7 +123,7 @@ struct Game {
 // Plays on from the position at `board`; the engine moves first or second. `reply` plays the other side.
 template <typename Reply>
 Game playOut(bool engineMoves, i32 pliesMax, Reply reply) {
-    std::map<Placement, i32> seen;
+    std::map<SeenRecord, i32> seen;
     bool repeated = false;
     for (i32 ply = 0; ply < pliesMax; ++ply, engineMoves = !engineMoves) {
         if (legalHere().empty()) {
