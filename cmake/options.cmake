@@ -54,7 +54,9 @@ if(TARVELMON_SANITIZE)
 else()
   # The files a game reads come from anywhere: stop a write beyond an array, forbid late binding.
   # Some compilers define the fortify level themselves, hence the -U; without optimisation it only warns.
+  # The code of tests is compiled more often than it runs: what it calls is optimised as ever.
   target_compile_options(tarvelmon-options INTERFACE
+    $<$<AND:$<BOOL:$<TARGET_PROPERTY:TARVELMON_QUICK_BUILD>>,$<NOT:$<CONFIG:Debug>>>:-O1>
     -fstack-protector-strong $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE$<SEMICOLON>-D_FORTIFY_SOURCE=2>)
   if(UNIX AND NOT APPLE)
     target_link_options(tarvelmon-options INTERFACE -Wl,-z,relro,-z,now)
@@ -79,6 +81,26 @@ else()
     endif()
   endif()
 endif()
+
+# Compiles the sources of each folder as one, but for the files and folders named: half of a compilation goes into what sources share.
+# For builds that are there for their answers. Those named have file-local names that others of their folder have too,
+# or are what a test replaces when it is linked.
+function(join_sources target)
+  if(NOT TARVELMON_SANITIZE OR TARVELMON_FUZZ)
+    return()
+  endif()
+  get_target_property(sources ${target} SOURCES)
+  foreach(source ${sources})
+    get_filename_component(name ${source} NAME)
+    get_filename_component(folder ${source} ABSOLUTE)
+    get_filename_component(folder ${folder} DIRECTORY)
+    get_filename_component(folder ${folder} NAME)
+    if(NOT name IN_LIST ARGN AND NOT folder IN_LIST ARGN)
+      set_source_files_properties(${source} PROPERTIES UNITY_GROUP ${folder})
+    endif()
+  endforeach()
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
+endfunction()
 
 # Links a program that need not be fast without link-time optimisation, where that is possible.
 function(link_plainly program)
