@@ -30,7 +30,7 @@ struct MappedFile {
 };
 /// How mapFile went.
 enum class MapResult : u8 { mapped, cannotOpen, cannotMap };
-/// Maps a regular file. An empty file cannot be mapped.
+/// Maps a regular file. An empty file cannot be mapped. Unless it is mapped, `file` is empty.
 [[nodiscard]] MapResult mapFile(const char* path, MappedFile& file);
 /// Gives the mapping back; `file` is empty afterwards. Nothing happens to an empty one.
 void unmapFile(MappedFile& file);
