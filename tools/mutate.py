@@ -346,8 +346,9 @@ def survivors_of(path, texts):
         if not same:
             print(f"gone: {entry['file']}:{entry['line']}: {entry['before']}", flush=True)
             continue
-        found.append(min(same, key=lambda mutant: abs(mutants.line_number(texts[mutant.file], mutant.start)
-                                                      - entry["line"])))
+        found.append(min(same, key=lambda mutant: (
+            mutants.line_above(texts[mutant.file], mutant) != entry.get("above"),
+            abs(mutants.line_number(texts[mutant.file], mutant.start) - entry["line"]))))
     return found
 
 
@@ -385,8 +386,8 @@ class Score:
         if self.file:
             before, after = mutants.changed_lines(text, mutant)
             entry = {"verdict": self.verdict(mutant, text, by), "file": mutant.file,
-                     "line": mutants.line_number(text, mutant.start), "before": before, "after": after, "by": by,
-                     "seconds": round(seconds, 1)}
+                     "line": mutants.line_number(text, mutant.start), "above": mutants.line_above(text, mutant),
+                     "before": before, "after": after, "by": by, "seconds": round(seconds, 1)}
             print(json.dumps(entry), file=self.file, flush=True)
 
     def add(self, mutant, text, by):

@@ -221,7 +221,9 @@ class TablesThatAnswer(TablesTest):
     def test_the_listed_moves_are_the_right_ones(self):
         engine = self.start(TABLES)
         engine.console()
+        # A mate that is first in the list before it is sorted, and one that is not.
         self.assertEqual(self.report(engine, "7k/8/6K1/8/8/8/8/R7 w - - 0 1")[1][0], ("a1a8", "1"))
+        self.assertEqual(self.report(engine, "8/8/8/8/8/5K1k/8/R7 w - - 0 1")[1][0], ("a1h1", "1"))
         self.assertEqual(self.report(engine, "8/8/3k4/8/3PK3/8/8/8 b - - 0 1")[1], [("d6e6", "0")])
 
 
