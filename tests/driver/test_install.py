@@ -1,10 +1,13 @@
 """An installed engine starts by its script in a folder of the user's own, which the first start fills."""
 
+import gzip
 import os
+import re
 import subprocess
 import tempfile
 import unittest
 
+TOP = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 BUILD = os.path.dirname(os.environ["TARVELMON"])
 
 
@@ -13,8 +16,14 @@ def read(path):
         return file.read()
 
 
-def install(prefix):
-    subprocess.run(["cmake", "--install", BUILD, "--prefix", prefix], check=True, stdout=subprocess.DEVNULL)
+def install(prefix, *components):
+    """All that is installed by default, or the named sets of files."""
+    for choice in [["--component", component] for component in components] or [[]]:
+        subprocess.run(["cmake", "--install", BUILD, "--prefix", prefix, *choice], check=True, stdout=subprocess.DEVNULL)
+
+
+def files_below(folder):
+    return {os.path.relpath(os.path.join(path, name), folder) for path, _, names in os.walk(folder) for name in names}
 
 
 def write(path, content):
@@ -119,6 +128,36 @@ class Installed(unittest.TestCase):
         write(os.path.join(self.home, "tarvelmon.ini"), b"[ENGINE]\nHashSize=5\n")
         said = self.start("uci\nquit\n", "tarvelmon-gui", cwd=self.home)
         self.assertIn("option name Hash type spin default 5 ", said)
+
+    def test_pages_and_what_interfaces_look_for_are_installed(self):
+        files = files_below(self.prefix)
+        for program in ("tarvelmon", "tarvelmon-gui", "tarvelmon-book"):
+            self.assertTrue({f"bin/{program}", f"share/man/man6/{program}.6.gz"} <= files, files)
+            with gzip.open(os.path.join(self.prefix, f"share/man/man6/{program}.6.gz"), "rt") as page:
+                self.assertTrue(f"\n.TH {program.upper()} 6 " in page.read().replace("\\-", "-"), program)
+        for program in ("tarvelmon", "tarvelmon-gui"):
+            plugin = read(os.path.join(self.prefix, f"share/games/plugins/xboard/{program}.eng")).decode()
+            self.assertEqual(plugin, f"plugin spec 0.0\n{program}\nchess\n")
+            self.assertIn(f"share/games/plugins/logos/{program}.png", files)
+        self.assertIn("share/icons/hicolor/scalable/apps/tarvelmon.svg", files)
+
+    def test_the_debian_package_has_the_programs_among_the_games(self):
+        prefix = os.path.join(self.home, "usr")
+        install(prefix, "shared", "debian")
+        here, there = files_below(self.prefix), files_below(prefix)
+        programs = {"tarvelmon", "tarvelmon-gui", "tarvelmon-book"}
+        documents = "share/doc/tarvelmon/"
+        self.assertEqual(here - there, {"bin/" + name for name in programs} | {documents + "LICENSE"})
+        self.assertEqual(there - here, {"games/" + name for name in programs} |
+                         {documents + "changelog.gz", documents + "copyright"})
+        done = subprocess.run([prefix + "/games/tarvelmon"], input="xboard\nnew\ngo\nquit\n", text=True, timeout=120,
+                              capture_output=True, env={"PATH": os.environ["PATH"], "HOME": self.home})
+        self.assertIn("(move from book)\n", done.stdout)
+
+    def test_the_debian_changelog_begins_with_the_version_of_the_program(self):
+        with open(os.path.join(TOP, "debian", "changelog"), encoding="utf-8") as file:
+            version = re.match(r"tarvelmon \((\S+)\) ", file.readline()).group(1)
+        self.assertIn(f"version {version}\n", self.start("quit\n"))
 
     def test_engine_starts_through_a_link(self):
         link = os.path.join(self.home, "engine")
