@@ -4,13 +4,16 @@
 usage: lint.py BUILD_FOLDER
 
 clang-format over every C++ file, clang-tidy over the sources of src/, tools/ and companions/, shellcheck over the
-scripts, groff and mandoc over the manual pages. BUILD_FOLDER holds compile_commands.json. A file that clang-tidy has passed is not looked at again until it,
-what it includes or the checks change: notes of that are kept in BUILD_FOLDER/lint. Status 1 if anything is found.
+scripts, groff and mandoc over the manual pages. BUILD_FOLDER holds compile_commands.json. Sources that clang-tidy has
+passed are not looked at again until they, what they include or the checks change: notes of that are kept in
+BUILD_FOLDER/lint. Status 1 if anything is found.
 """
+import collections
 import concurrent.futures
 import hashlib
 import json
 import os
+import re
 import shlex
 import subprocess
 import sys
@@ -58,41 +61,91 @@ def check_pages():
     return [text for text in found if text]
 
 
-def fingerprint(entry, settings):
-    """What clang-tidy would see of the file, in a few bytes; None if it does not compile."""
-    arguments = shlex.split(entry["command"])
-    output = arguments.index("-o")
-    command = arguments[:output] + arguments[output + 2:]
-    command = [word for word in command if word not in ("-c", "ccache") and not word.endswith("/ccache")]
-    done = subprocess.run([*command, "-E", "-P"], cwd=entry["directory"], capture_output=True, check=False)
-    if done.returncode != 0:
-        return None
-    return hashlib.sha256(done.stdout + settings).hexdigest()
+def arguments_of(entry):
+    """How the file is compiled, without the compiler's launcher, the file itself and where the result goes."""
+    words = shlex.split(entry["command"])
+    words = words[next(i for i, word in enumerate(words) if not word.endswith("ccache")):]
+    output = words.index("-o")
+    words = words[:output] + words[output + 2:]
+    source = words.index("-c")
+    return words[:source] + words[source + 2:]
 
 
-def tidy(entry, build, settings):
-    """What clang-tidy says of one file, empty if nothing."""
-    name = os.path.relpath(entry["file"], TOP)
-    mark = fingerprint(entry, settings)
-    note = build / "lint" / str(mark)
-    if mark is not None and note.exists():
-        return ""
-    clean, text = run(["clang-tidy", "-p", build, "--quiet", "--warnings-as-errors=*", entry["file"]])
-    if clean and mark is not None:
-        note.write_text(name, encoding="utf-8")
-    return "" if clean else f"{name}:\n{text}"
+class Unit:
+    """Some sources of one folder, looked at as one file: most of the time goes into the headers that they share."""
+
+    def __init__(self, entries, build):
+        self.sources = sorted(entry["file"] for entry in entries)
+        self.arguments = [*arguments_of(entries[0]), "-iquote", os.path.dirname(self.sources[0])]
+        self.folder = entries[0]["directory"]
+        self.path = build / "lint" / ("_".join(Path(self.sources[0]).relative_to(TOP).with_suffix("").parts) + "_etc.cpp")
+
+    def write(self):
+        self.path.write_text("".join(Path(source).read_text(encoding="utf-8") for source in self.sources),
+                             encoding="utf-8")
+
+    def in_sources(self, text):
+        """The text with the lines of the sources where it tells those of the unit."""
+        places = [f"{source}:{line + 1}" for source in self.sources
+                  for line in range(len(Path(source).read_text(encoding="utf-8").splitlines()))]
+        return re.sub(re.escape(str(self.path)) + r":(\d+)", lambda found: places[int(found[1]) - 1], text)
+
+    def compile(self, *words):
+        self.write()
+        return subprocess.run([*self.arguments, *words, self.path], cwd=self.folder, capture_output=True, text=True,
+                              check=False)
+
+    def tidy(self, build, settings):
+        """What clang-tidy says, empty if nothing."""
+        seen = self.compile("-E", "-P")
+        note = build / "lint" / hashlib.sha256((seen.stdout + settings).encode()).hexdigest()
+        if seen.returncode == 0 and note.exists():
+            return ""
+        clean, text = run(["clang-tidy", "--quiet", "--warnings-as-errors=*", f"--config-file={TOP / '.clang-tidy'}",
+                           self.path, "--", *self.arguments[1:]])
+        if clean and seen.returncode == 0:
+            note.write_text("\n".join(self.sources), encoding="utf-8")
+        return "" if clean else self.in_sources(text)
+
+
+def first_misfit(unit, text):
+    """The source with the first error, None if it is in none."""
+    for line in unit.in_sources(text).splitlines():
+        name = line.partition(":")[0]
+        if ": error: " in line and name in unit.sources:
+            return name
+    return None
+
+
+def units_of(entries, build):
+    """The sources of a folder in as few units as compile: file-local names may be those of another file."""
+    units = []
+    while entries:
+        unit, left = Unit(entries, build), []
+        while True:
+            compiled = unit.compile("-fsyntax-only")
+            misfit = first_misfit(unit, compiled.stderr) if compiled.returncode != 0 else None
+            if misfit is None or len(unit.sources) == 1:
+                break
+            left.append(misfit)
+            unit.sources.remove(misfit)
+        units.append(unit)
+        entries = [entry for entry in entries if entry["file"] in left]
+    return units
 
 
 def check_tidy(build):
     (build / "lint").mkdir(exist_ok=True)
-    entries = {}
+    folders = collections.defaultdict(dict)
     for entry in json.loads((build / "compile_commands.json").read_text(encoding="utf-8")):
-        name = os.path.relpath(os.path.join(entry["directory"], entry["file"]), TOP)
+        entry["file"] = os.path.realpath(os.path.join(entry["directory"], entry["file"]))
+        name = os.path.relpath(entry["file"], TOP)
         if name.startswith(TIDIED):
-            entries[name] = entry
-    settings = (TOP / ".clang-tidy").read_bytes() + run(["clang-tidy", "--version"])[1].encode()
+            folders[os.path.dirname(name)][name] = entry
+    settings = (TOP / ".clang-tidy").read_text() + run(["clang-tidy", "--version"])[1]
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
-        return [text for text in pool.map(lambda entry: tidy(entry, build, settings), entries.values()) if text]
+        units = sum(pool.map(lambda files: units_of(list(files.values()), build), folders.values()), [])
+        return [text for text in pool.map(lambda unit: unit.tidy(build, settings), units) if text]
 
 
 def main():
