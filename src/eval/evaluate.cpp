@@ -6,20 +6,7 @@
 #include "eval/masks.h"
 #include "hash/hash.h"
 
-#include <algorithm>
-
 constinit std::array<i32, std::size_t{2} * evalTermCount> evalTerms{};
-
-constexpr TBB outpostSquares = 0x3C3C18000000;  // d4 e4, c5 to f5, c6 to f6
-
-// The squares that pawns moving down could attack now or later.
-static TBB enemyPawnSpan(TBB enemyPawns) {
-    return sideways(southFill(enemyPawns) >> 8);
-}
-
-static TBB ownPawnSpan(TBB ownPawns) {
-    return sideways(northFill(ownPawns) << 8);
-}
 
 // In the own frame; the enemy's king safety sees the same squares in his.
 static TBB kingZoneOf(TBB enemyKings) {
@@ -27,34 +14,44 @@ static TBB kingZoneOf(TBB enemyKings) {
     return inItsFrame == 0 ? 0 : byteSwap(kingZone[static_cast<u32>(lowestBit(inItsFrame))]);
 }
 
-Pass gatherSets(const Scacchiera& view) {
+// Not cleared first: that would cost as much as several terms.
+static Pass gatherSets(const Scacchiera& view, const PawnSets& sets) {
     const TBB own = view.side;
     const TBB occ = occupied(view);
     const TBB allPawns = pawns(view);
-    const TBB ownPawns = allPawns & own;
-    const TBB enemyPawns = allPawns & ~own;
-    Pass pass{};
+    Pass pass;
     pass.own = own;
-    pass.enemyPawns = enemyPawns;
+    pass.enemyPawns = allPawns & ~own;
     pass.allPawns = allPawns;
     pass.occ = occ;
-    pass.ownPawns = ownPawns;
+    pass.ownPawns = allPawns & own;
     pass.ownKnights = knights(view) & own;
     pass.ownBishops = bishops(view) & own;
     pass.ownRooks = rooks(view) & own;
     pass.ownQueens = queens(view) & own;
-    pass.outposts = outpostSquares & ~enemyPawnSpan(enemyPawns) & ownPawnSpan(ownPawns);
+    pass.pawnSets = sets;
     pass.ownKing = kingSquare(kings(view) & own);
     pass.enemyKing = kingSquare(kings(view) & ~own);
     pass.enemyKingZone = kingZoneOf(kings(view) & ~own);
     pass.men = popCount(occ);
-    pass.pawnCountIndex = static_cast<u32>(std::min(popCount(ownPawns), 8));
     pass.anyQueen = queens(view) != 0;
     pass.onlyKingsAndPawns = occ == (allPawns | kings(view));
     pass.black = blackToMove(view);
-    pass.attacks.byPawn = sideways((ownPawns & ~rank1 & ~rank8) << 8);
-    pass.attacks.byKing = pass.ownKing == noSquare ? 0 : KingAttacks[static_cast<u32>(pass.ownKing)];
+    pass.passedPawns = 0;
+    pass.healthyPawns = 0;
+    pass.attacks = {sets.attacks, 0, 0, 0,
+                    pass.ownKing == noSquare ? 0 : KingAttacks[static_cast<u32>(pass.ownKing)]};
+    pass.zoneAttackers = 0;
     return pass;
+}
+
+static const PawnSetsOfBoth& pawnSetsOf(const Scacchiera& b) {
+    const TBB allPawns = pawns(b);
+    return pawnSets(allPawns & b.side, allPawns & ~b.side, blackToMove(b));
+}
+
+Pass gatherSets(const Scacchiera& view) {
+    return gatherSets(view, pawnSetsOf(view).own);
 }
 
 // The terms that need nothing of the other side's pass. Those that wait for the pawn hash come last.
@@ -79,19 +76,11 @@ static bool attacksCount(const Scacchiera& b) {
     return queens(b) != 0 && (rooks(b) | bishops(b) | knights(b)) != 0;
 }
 
-struct PawnPlaces {
-    PawnPlace own;
-    PawnPlace other;
-};
-
-// Also fetches the slots, which are far away in memory and needed late.
-static PawnPlaces findPawnPlaces(const Scacchiera& b) {
-    const TBB allPawns = pawns(b);
-    const PawnHashKeys keys = pawnHashKeys(allPawns & b.side, allPawns & ~b.side, blackToMove(b));
-    const PawnPlaces places = {{keys.own, &pawnHashSlot(keys.own)}, {keys.other, &pawnHashSlot(keys.other)}};
-    __builtin_prefetch(places.own.slot);
-    __builtin_prefetch(places.other.slot);
-    return places;
+// Also fetches the slot, which is far away in memory and needed late.
+static PawnPlace pawnPlace(const PawnSets& sets) {
+    const PawnPlace place = {sets.key, &pawnHashSlot(sets.key)};
+    __builtin_prefetch(place.slot);
+    return place;
 }
 
 i16 evaluate() {
@@ -99,14 +88,16 @@ i16 evaluate() {
     if (sufficientMaterial() == 0) {
         return 0;
     }
-    const PawnPlaces places = findPawnPlaces(*board);
+    const PawnSetsOfBoth& sets = pawnSetsOf(*board);
+    const PawnPlace ownPlace = pawnPlace(sets.own);
+    const PawnPlace otherPlace = pawnPlace(sets.other);
     Scacchiera otherView = *board;
     flipBoard(otherView);
-    Pass own = gatherSets(*board);
-    Pass other = gatherSets(otherView);
+    Pass own = gatherSets(*board, sets.own);
+    Pass other = gatherSets(otherView, sets.other);
     i32 score = board->psqScore;
-    score += ownTerms(own, places.own);  // first: the pawn hash shows the order
-    score -= ownTerms(other, places.other);
+    score += ownTerms(own, ownPlace);  // first: the pawn hash shows the order
+    score -= ownTerms(other, otherPlace);
     if (attacksCount(*board)) {
         score += attackTerms(own, other) - attackTerms(other, own);
     }

@@ -36,6 +36,22 @@ struct AttackSets {
     return attackedByMen(attacks) | attacks.byKing;
 }
 
+/// What follows from the pawns alone, as one side sees them, in its frame.
+struct PawnSets {
+    TBB outposts;        // outpost squares that are safe from enemy pawns and can be guarded by an own one
+    TBB attacks;         // of own pawns
+    u64 key;             // of pawnHashKeys
+    u32 countIndex;      // number of own pawns, 8 for more: index of the tables by pawns
+    u32 filesWithPawns;  // bit 0 for file a
+    u32 halfOpenFiles;   // those with enemy pawns alone
+};
+struct PawnSetsOfBoth {
+    PawnSets own;
+    PawnSets other;  // in the other side's frame
+};
+/// Squares in the frame of the own side. black  whether the own side is Black. Valid until the next call.
+[[nodiscard]] const PawnSetsOfBoth& pawnSets(TBB ownPawns, TBB enemyPawns, bool black);
+
 /// What the terms of one side look at, in that side's frame. Sets without "enemy" or "all" are the own side's.
 struct Pass {
     // Filled by gatherSets.
@@ -48,12 +64,11 @@ struct Pass {
     TBB ownBishops;
     TBB ownRooks;
     TBB ownQueens;
-    TBB outposts;       // outpost squares that are safe from enemy pawns and can be guarded by an own one
+    PawnSets pawnSets;
     TBB enemyKingZone;  // squares around the enemy's king where attackers' kinds count
     i32 ownKing;        // square or noSquare; of several kings the lowest
     i32 enemyKing;
-    i32 men;             // of both colours
-    u32 pawnCountIndex;  // number of own pawns, 8 for more: index of the tables by pawns
+    i32 men;  // of both colours
     bool anyQueen;
     bool onlyKingsAndPawns;
     bool black;  // the own side is Black

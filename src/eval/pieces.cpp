@@ -60,7 +60,7 @@ constexpr std::array<i32, 9> knightPawnAdjust = {-20, -16, -12, -8, -4, 0, 4, 8,
 i32 knightTerms(Pass& pass) {
     const TBB men = pass.ownKnights;
     i32 score =
-        popCount(men) * knightPawnAdjust[pass.pawnCountIndex] + outpost * stepsMeeting(men, pass.outposts);
+        popCount(men) * knightPawnAdjust[pass.pawnSets.countIndex] + outpost * stepsMeeting(men, pass.pawnSets.outposts);
     if ((men & knightTrapSquares) != 0) {
         score -= trappedKnight * stepsMeeting(men, trapSquares(knightTraps, pass.enemyPawns));
     }
@@ -120,7 +120,7 @@ static i32 bishopCountTerm(const Pass& pass) {
 
 i32 bishopTerms(Pass& pass) {
     const TBB men = pass.ownBishops;
-    i32 score = bishopCountTerm(pass) + outpost * stepsMeeting(men, pass.outposts);
+    i32 score = bishopCountTerm(pass) + outpost * stepsMeeting(men, pass.pawnSets.outposts);
     if ((men & bishopTrapSquares) != 0) {
         score -= trappedBishop * stepsMeeting(men, trapSquares(bishopTraps, pass.enemyPawns));
     }
@@ -170,9 +170,8 @@ static TBB shutInSquares(i32 king) {
 
 // Open and half-open files, once for each rook.
 static i32 rookFileTerm(const Pass& pass) {
-    const u32 withPawns = filesOf(pass.allPawns);
-    const u32 open = ~withPawns & 0xFF;
-    const u32 halfOpen = withPawns & ~filesOf(pass.ownPawns);
+    const u32 open = ~pass.pawnSets.filesWithPawns & 0xFF;
+    const u32 halfOpen = pass.pawnSets.halfOpenFiles;
     i32 score = 0;
     for (TBB rest = pass.ownRooks; rest != 0; rest &= rest - 1) {
         const u32 files = rookFiles[static_cast<u32>(fileOf(lowestBit(rest)))];
@@ -209,8 +208,8 @@ i32 rookTerms(Pass& pass) {
     if (men == 0) {
         return 0;
     }
-    i32 score = popCount(men) * rookPawnAdjust[pass.pawnCountIndex] +
-                outpost * stepsMeeting(men, pass.outposts) + rookMobilityTerm(pass);
+    i32 score = popCount(men) * rookPawnAdjust[pass.pawnSets.countIndex] +
+                outpost * stepsMeeting(men, pass.pawnSets.outposts) + rookMobilityTerm(pass);
     if (pass.allPawns == 0) {
         return score;  // deliberate: without any pawn a rook gets nothing more
     }
