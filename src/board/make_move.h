@@ -48,12 +48,6 @@ struct MenOfMove {
     return {moveKind(move), moveFrom(move) & 63, moveTo(move) & 63, movePromo(move) & 7};
 }
 
-/// The same for a move known to be a man's plain move, without capture, promotion or castling: the compiler sees that
-/// `kind` is below 8 and leaves all other cases out.
-[[nodiscard]] inline MoveParts plainPartsOf(Mossa move) {
-    return {moveKind(move) & 7, moveFrom(move) & 63, moveTo(move) & 63, 0};
-}
-
 /// Whether the record at `board`, just made in full by `move`, has the key and the score that its men have. Also true
 /// where the record below has others itself (newGame keeps a score), where its board is none of a game (no king, several,
 /// damaged by the text that set it up), and where the move does not fit the men: there key and score go their own way.
@@ -86,7 +80,8 @@ inline constexpr std::array<u8, 64> cornerRights = [] {
 }
 
 // The men after a move, in the mover's frame. A `kind` that is no move gives nonsense, but touches no memory.
-[[nodiscard]] inline Placement placementAfter(const Scacchiera& b, const MoveParts& move) {
+[[nodiscard, gnu::always_inline]] inline Placement placementAfter(const Scacchiera& b,
+                                                                  const MoveParts& move) {
     const i32 kind = move.kind;
     const TBB from = TBB{1} << move.from;
     const TBB to = TBB{1} << move.to;
@@ -130,7 +125,7 @@ inline constexpr std::array<u8, 64> cornerRights = [] {
 
 // Whether the mover's king is attacked in a placement still in the mover's frame. With several kings it is the one
 // that leftInCheck looks at: the lowest of the frame after the flip.
-[[nodiscard]] inline bool kingIsAttacked(const Placement& p) {
+[[nodiscard]] inline bool kingIsAttacked(Placement p) {
     const TBB ownKings = p.nbk & p.rqk & p.side;
     if (ownKings == 0) {
         return false;
@@ -178,7 +173,7 @@ inline constexpr std::array<u8, 64> cornerRights = [] {
 }
 
 // The mover's rights after the move, in the mover's frame.
-[[nodiscard]] inline u8 rightsAfter(u8 rights, i32 kind, i32 from, i32 to) {
+[[nodiscard, gnu::always_inline]] inline u8 rightsAfter(u8 rights, i32 kind, i32 from, i32 to) {
     if (rights == 0) {
         return 0;
     }
@@ -191,7 +186,7 @@ inline constexpr std::array<u8, 64> cornerRights = [] {
 
 // The men of a move that a generator has made for the position: the kind tells what moves, and only captures look at the
 // target. Castling alone asks for no king where it starts from: a right is enough.
-[[nodiscard]] inline MenOfMove menOfMove(const MoveParts& move) {
+[[nodiscard, gnu::always_inline]] inline MenOfMove menOfMove(const MoveParts& move) {
     if (move.kind == CASTLE_SHORT || move.kind == CASTLE_LONG) {
         return {pieceCode(*board, move.from), EMPTY};
     }
@@ -199,14 +194,15 @@ inline constexpr std::array<u8, 64> cornerRights = [] {
 }
 
 // Deliberate: the rook's change counts twice; the tables make it nothing.
-[[nodiscard]] inline i32 castlingGain(const std::array<i16, 64>& kingRow, const CastlingSquares& castling) {
+[[nodiscard, gnu::always_inline]] inline i32 castlingGain(const std::array<i16, 64>& kingRow,
+                                                          const CastlingSquares& castling) {
     return kingRow[castling.kingTo] - kingRow[castling.kingFrom] +
            2 * (psqTable[ROOK][castling.rookTo] - psqTable[ROOK][castling.rookFrom]);
 }
 
 // What psqScore gains for the mover.
-[[nodiscard]] inline i32 scoreOfMove(const NodeMoves& n, const Placement& after, const MoveParts& move,
-                                     const MenOfMove& men) {
+[[nodiscard, gnu::always_inline]] inline i32 scoreOfMove(const NodeMoves& n, const Placement& after,
+                                                         const MoveParts& move, const MenOfMove& men) {
     const auto [kind, from, to, promo] = move;
     const auto [moved, captured] = men;
     const auto& kingRow = kingTerms[n.men];
@@ -249,7 +245,8 @@ inline constexpr std::array<u8, 64> cornerRights = [] {
 }
 
 // What the key gains by the men of the move.
-[[nodiscard]] inline u64 keyOfMove(const MoveParts& move, const MenOfMove& men, i32 moverRow) {
+[[nodiscard, gnu::always_inline]] inline u64 keyOfMove(const MoveParts& move, const MenOfMove& men,
+                                                       i32 moverRow) {
     const auto [kind, from, to, promo] = move;
     const auto [moved, captured] = men;
     const i32 enemyRow = moverRow ^ 8;
@@ -271,8 +268,8 @@ inline constexpr std::array<u8, 64> cornerRights = [] {
 }
 
 // Key of the position after the move, which leaves `rights` and sets `epFile`.
-[[nodiscard]] inline u64 keyAfter(const NodeMoves& n, const MoveParts& move, const MenOfMove& men, u8 rights,
-                                  u8 epFile) {
+[[nodiscard, gnu::always_inline]] inline u64 keyAfter(const NodeMoves& n, const MoveParts& move,
+                                                      const MenOfMove& men, u8 rights, u8 epFile) {
     const Scacchiera& old = *board;
     const u64 key = n.keyBase ^ keyOfMove(move, men, blackToMove(old) ? 0 : 8) ^ zobrist.ep[epFile];
     return rights == old.castleRights
@@ -281,7 +278,7 @@ inline constexpr std::array<u8, 64> cornerRights = [] {
 }
 
 // Deliberate: a double push sets its file whether or not a pawn could take it.
-[[nodiscard]] inline u8 epFileAfter(i32 kind, i32 from, i32 to) {
+[[nodiscard, gnu::always_inline]] inline u8 epFileAfter(i32 kind, i32 from, i32 to) {
     const bool isDoublePush =
         kind == MOVE_PAWN && (TBB{1} << to & rank4) != 0 && (TBB{1} << from & rank2) != 0;
     return isDoublePush ? static_cast<u8>(to & 7) : noEpFile;
@@ -388,13 +385,35 @@ template <MakeDepth How = MakeDepth::full>
     return true;
 }
 
-/// tryMove for moves of a QuietList.
-template <MakeDepth How = MakeDepth::full>
-[[nodiscard, gnu::always_inline]] inline bool tryQuiet(const NodeMoves& n, Mossa move) {
-    return moveKind(move) <= MOVE_KING ? tryMove<How>(n, plainPartsOf(move)) : tryMove<How>(n, partsOf(move));
-}
-
+/// tryMove by the kind of move. Each kind that generators give in numbers has code of its own, from which the compiler
+/// has left out whatever that kind does not need.
 template <MakeDepth How = MakeDepth::full>
 [[nodiscard]] inline bool tryMove(const NodeMoves& n, Mossa move) {
-    return tryMove<How>(n, partsOf(move));
+    const auto [kind, from, to, promo] = partsOf(move);
+    switch (kind) {
+        case MOVE_PAWN:
+            return tryMove<How>(n, {MOVE_PAWN, from, to, 0});
+        case MOVE_KNIGHT:
+            return tryMove<How>(n, {MOVE_KNIGHT, from, to, 0});
+        case MOVE_BISHOP:
+            return tryMove<How>(n, {MOVE_BISHOP, from, to, 0});
+        case MOVE_ROOK:
+            return tryMove<How>(n, {MOVE_ROOK, from, to, 0});
+        case MOVE_QUEEN:
+            return tryMove<How>(n, {MOVE_QUEEN, from, to, 0});
+        case MOVE_KING:
+            return tryMove<How>(n, {MOVE_KING, from, to, 0});
+        case CAPT_PAWN:
+            return tryMove<How>(n, {CAPT_PAWN, from, to, 0});
+        case CAPT_KNIGHT:
+            return tryMove<How>(n, {CAPT_KNIGHT, from, to, 0});
+        case CAPT_BISHOP:
+            return tryMove<How>(n, {CAPT_BISHOP, from, to, 0});
+        case CAPT_ROOK:
+            return tryMove<How>(n, {CAPT_ROOK, from, to, 0});
+        case CAPT_QUEEN:
+            return tryMove<How>(n, {CAPT_QUEEN, from, to, 0});
+        default:
+            return tryMove<How>(n, {kind, from, to, promo});
+    }
 }

@@ -15,13 +15,14 @@ u64 perft(i32 depth) {
     u64 total = 0;
     MoveList captures;
     genCaptures(captures);
-    for (; captures.count != 0; --captures.count) {
-        total += tryMove(shared, pickBest(captures)) ? leavesAbove(depth) : 0;
+    // In any order: a count does not show it.
+    for (i32 i = 0; i < captures.count; ++i) {
+        total += tryMove(shared, captures.entries[i].move) ? leavesAbove(depth) : 0;
     }
     QuietList quiets;
     genQuiets(quiets);
     for (i32 i = quiets.count - 1; i >= 0; --i) {
-        total += tryQuiet(shared, quiets.entries[i]) ? leavesAbove(depth) : 0;
+        total += tryMove(shared, quiets.entries[i]) ? leavesAbove(depth) : 0;
     }
     if (total != 0) {
         return total;
