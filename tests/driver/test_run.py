@@ -1,19 +1,21 @@
 """./run builds when something has changed, says so in one line, and starts the engine at once when nothing has.
 
-A tree of a few files stands for the sources and a script for CMake, which keeps CMake's rules: it refuses a build folder
-made elsewhere, and compiles what is newer than the program.
+A tree of a few files stands for the sources and a script for CMake, which keeps CMake's rules: it refuses a build
+folder made elsewhere, and compiles what is newer than the program.
 """
 
 import os
+import re
 import resource
 import shutil
 import subprocess
 import tempfile
 import time
 import unittest
+from pathlib import Path
 
 TOP = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
-SOURCES = ("CMakeLists.txt", "cmake/options.cmake", "src/engine.cpp", "companions/CMakeLists.txt",
+SOURCES = ("CMakeLists.txt", "cmake/options.cmake", "src/engine.cpp", "companions/CMakeLists.txt", "bench/positions.h",
            "packaging/CMakeLists.txt", "data/tarvelmon.ini", "data/book/openings.txt", "tools/CMakeLists.txt",
            "tools/book/main.cpp")
 FAKE_CMAKE = r"""#!/bin/bash
@@ -190,6 +192,14 @@ class Run(unittest.TestCase):
             self.assert_asks_the_build(name)
         os.remove(self.path("tools/book/new.cpp"))
         self.assert_asks_the_build("removed")
+
+    def test_every_header_that_the_programs_include_is_watched(self):
+        watched = {name.split("/")[0] for name in SOURCES}
+        for folder in ("src", "companions", "tools/book"):
+            for source in Path(TOP, folder).rglob("*.*"):
+                for name in re.findall(r'^#include "([^"]*)"', source.read_text(encoding="utf-8"), re.MULTILINE):
+                    if Path(TOP, name).exists():
+                        self.assertIn(name.split("/")[0], watched, source)
 
     def test_an_older_file_in_the_place_of_a_newer_is_built(self):
         older = os.stat(self.path("src/engine.cpp"))
