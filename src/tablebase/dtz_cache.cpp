@@ -29,8 +29,11 @@ static bool dtzToFront(u64 key) {
     if (dtzCache[0].key1 == key || dtzCache[0].key2 == key) {
         return true;
     }
-    const auto found = std::find_if(dtzCache.begin() + 1, dtzCache.end(),
-                                    [key](const dtzCacheRecord& record) { return record.key1 == key; });
+    // With the colours reversed too, but a table that could not be loaded is then tried again.
+    const auto found =
+        std::find_if(dtzCache.begin() + 1, dtzCache.end(), [key](const dtzCacheRecord& record) {
+            return record.key1 == key || (record.key2 == key && record.entry != nullptr);
+        });
     if (found != dtzCache.end()) {
         std::rotate(dtzCache.begin(), found, found + 1);
         return true;

@@ -1,5 +1,6 @@
 // Files that the tests write themselves are read back value by value; files that are damaged are refused, or at worst
 // give a failed probe.
+#include <algorithm>
 #include <random>
 #include "guarded_bytes.h"
 #include "raw_stream.h"
@@ -589,6 +590,29 @@ TEST(DamagedTable, ThatHasGoneSinceTheStartEndsTheProcess) {
     setUpPosition("8/8/3k4/8/8/8/8/K5R1 w - -");
     i32 success = 0;
     EXPECT_EXIT(static_cast<void>(probeWdl(success)), testing::ExitedWithCode(1), "");
+}
+
+TEST(DistanceTables, StayMappedWhicheverColourHasTheStrongerSide) {
+    const TableFolder folder;
+    for (const char* name : {"KRvK.rtbw", "KRvK.rtbz", "KQvK.rtbw", "KQvK.rtbz"}) {
+        folder.write(name, realBytes(name));
+    }
+    tables::registerFolder(folder.path.string());
+    const auto tableAtFront = [](const char* fen) {
+        EXPECT_TRUE(tables::probe(fen).dtzKnown) << fen;
+        return dtzCache[0].entry;
+    };
+    const dtzEntry* rook = tableAtFront("8/8/3k4/8/8/8/8/K5R1 w - -");
+    const dtzEntry* queen = tableAtFront("k5q1/8/8/8/8/3K4/8/8 b - -");
+    for (i32 round = 0; round < 3; ++round) {
+        EXPECT_EQ(tableAtFront("k5r1/8/8/8/8/3K4/8/8 b - -"), rook);
+        EXPECT_EQ(tableAtFront("k5q1/8/8/8/8/3K4/8/8 b - -"), queen);
+        EXPECT_EQ(tableAtFront("8/8/3k4/8/8/8/8/K5R1 w - -"), rook);
+        EXPECT_EQ(tableAtFront("8/8/3k4/8/8/8/8/K5Q1 w - -"), queen);
+    }
+    EXPECT_EQ(
+        std::ranges::count_if(dtzCache, [](const dtzCacheRecord& record) { return record.entry != nullptr; }),
+        2);
 }
 
 TEST(DamagedTable, OfDistancesFailsTheProbeOfDistancesAlone) {
