@@ -43,6 +43,21 @@ static constinit RecordCount recordsInUse = recordCount(1);  // not more than th
 static constinit Mossa generation = firstGeneration;         // spread over the spare bits
 static constinit u64 generationNumber = 1;
 
+// A search that writes to more pages than this will go on for long.
+constexpr u64 pagesOfShortSearch = 16384;
+// From then on a large page is made each time so many more have been written to: fast enough to spare most of the small
+// pages their fault, slow enough for the clock, which is read every few hundred stores.
+constexpr u64 pagesPerLargePage = 16;
+
+// A table beyond largePagesUpTo comes on small pages, and is put on large ones bit by bit while a long search runs.
+struct LargePagesRecord {
+    bool begun;
+    bool ended;  // the system can do no more
+    u64 offset;  // bytes of the table behind which none has been made yet
+};
+static constinit LargePagesRecord largePages{};
+static constinit u64 pagesWritten = 0;  // by this generation
+
 // ---- memory ---------------------------------------------------------------------------------------------------
 
 static void useEntries(u64 entries) {
@@ -53,6 +68,8 @@ static void holdTable(ys_hash* table, u64* pages, u64 entries) {
     hashTable = table;
     writtenPages = pages;
     heldEntries = entries;
+    largePages = {};
+    pagesWritten = 0;
     useEntries(entries);
 }
 
@@ -120,7 +137,7 @@ static void zeroStretchesOfGeneration() {
     }
     u8* const start = reinterpret_cast<u8*>(hashTable) + first;
     const std::size_t length = static_cast<std::size_t>(last - first);
-    if (bytes <= largePagesUpTo) {
+    if (bytes <= largePagesUpTo || largePages.begun) {
         std::memset(start, 0, length);  // giving it back would break up a large page
     } else {
         zeroPages(start, length);
@@ -133,6 +150,28 @@ void hashClear(u64 entries) {
     generationNumber = generation == firstGeneration ? 1 : generationNumber + 1;
     zeroStretchesOfGeneration();
     std::fill_n(writtenPages, pageWordBytes(heldEntries) / sizeof(u64), u64{0});
+    pagesWritten = 0;
+}
+
+static void beginLargePages() {
+    const std::size_t bytes = tableBytes();
+    const u64 misaligned = reinterpret_cast<std::uintptr_t>(hashTable) % largePageBytes;
+    largePages.begun = true;
+    largePages.offset = (largePageBytes - misaligned) % largePageBytes;
+    largePages.ended = bytes <= largePagesUpTo || !allowLargePages(hashTable, bytes);
+}
+
+static void makeNextLargePage() {
+    if (!largePages.begun) {
+        beginLargePages();
+    }
+    if (largePages.ended || largePages.offset + largePageBytes > tableBytes()) {
+        return;
+    }
+    u8* const next = reinterpret_cast<u8*>(hashTable) + largePages.offset;
+    *static_cast<volatile u8*>(next) = *next;  // what has never been touched cannot be put together
+    largePages.offset += largePageBytes;
+    largePages.ended = !makeLargePage(next);
 }
 
 // ---- records --------------------------------------------------------------------------------------------------
@@ -150,9 +189,21 @@ static bool pageIsWritten(u64 index) {
     return (writtenPages[page / pagesPerWord] >> (page % pagesPerWord) & 1) != 0;
 }
 
+[[gnu::noinline]] static void countWrittenPage() {
+    ++pagesWritten;
+    if (pagesWritten > pagesOfShortSearch && pagesWritten % pagesPerLargePage == 0) {
+        makeNextLargePage();
+    }
+}
+
 static void notePage(u64 index) {
     const u64 page = index / pageRecords;
-    writtenPages[page / pagesPerWord] |= u64{1} << (page % pagesPerWord);
+    u64& word = writtenPages[page / pagesPerWord];
+    const u64 bit = u64{1} << (page % pagesPerWord);
+    if ((word & bit) == 0) {
+        word |= bit;
+        countWrittenPage();
+    }
 }
 
 // The slot as it is meant: empty if its record is of another generation.

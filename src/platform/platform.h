@@ -40,6 +40,13 @@ void unmapFile(MappedFile& file);
 /// largePages  worth asking the system for large pages. They come slowly, so that all are taken here and now, while no
 ///             clock runs.
 [[nodiscard]] void* allocatePages(std::size_t bytes, bool largePages);
+/// What the system takes for a large page, and where such a page may begin.
+constexpr std::size_t largePageBytes = std::size_t{2} << 20;
+/// Prepares memory of allocatePages for makeLargePage. Whether the system knows of such pages.
+[[nodiscard]] bool allowLargePages(void* memory, std::size_t bytes);
+/// Puts largePageBytes at `start`, a multiple of as many, on one page; what they hold stays. Takes some tenths of a
+/// millisecond. Whether that could be done.
+[[nodiscard]] bool makeLargePage(void* start);
 /// Gives back what allocatePages gave, with the same number of bytes. Null is allowed.
 void freePages(void* memory, std::size_t bytes);
 /// Makes the memory zero again by giving its pages back.

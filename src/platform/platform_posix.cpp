@@ -97,6 +97,17 @@ void* allocatePages(std::size_t bytes, bool largePages) {
     return memory;
 }
 
+// MADV_COLLAPSE, which older headers of the C library do not name. Older systems refuse it.
+constexpr i32 collapseAdvice = 25;
+
+bool allowLargePages(void* memory, std::size_t bytes) {
+    return madvise(memory, bytes, MADV_HUGEPAGE) == 0;
+}
+
+bool makeLargePage(void* start) {
+    return madvise(start, largePageBytes, collapseAdvice) == 0;
+}
+
 void freePages(void* memory, std::size_t bytes) {
     if (memory != nullptr) {
         munmap(memory, bytes);

@@ -76,6 +76,15 @@ void* allocatePages(std::size_t bytes, bool) {
     return bytes == 0 ? nullptr : VirtualAlloc(nullptr, bytes, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
 }
 
+// Large pages need a right that accounts do not have, and all of the memory at once.
+bool allowLargePages(void*, std::size_t) {
+    return false;
+}
+
+bool makeLargePage(void*) {
+    return false;
+}
+
 void freePages(void* memory, std::size_t) {
     if (memory != nullptr) {
         VirtualFree(memory, 0, MEM_RELEASE);

@@ -2,14 +2,17 @@
 #include "board/board.h"
 #include "frontend/session.h"
 #include "hash/hash.h"
+#include "platform/platform.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cstdint>
 #include <cstring>
 #include <ctime>
 #include <fstream>
+#include <string>
 #include <unordered_map>
 #include <vector>
 
@@ -419,6 +422,60 @@ TEST_F(TranspositionTable, ClearsOfTheDefaultTableCostNeitherTimeNorMemory) {
     const double seconds = static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
     EXPECT_LT(seconds, 10.0) << "of the processor: a clear takes milliseconds";
     EXPECT_LT(memoryInUse().resident, before + memoryLimit);
+}
+
+// Bytes on large pages, 0 where the system does not tell.
+u64 bytesOnLargePages() {
+    std::ifstream rollup("/proc/self/smaps_rollup");
+    std::string word;
+    while (rollup >> word) {
+        if (word == "AnonHugePages:") {
+            u64 kilobytes = 0;
+            rollup >> kilobytes;
+            return kilobytes * 1024;
+        }
+    }
+    return 0;
+}
+
+bool largePagesCanBeMade() {
+    constexpr std::size_t bytes = 2 * largePageBytes;
+    void* memory = allocatePages(bytes, false);
+    const auto start =
+        (reinterpret_cast<std::uintptr_t>(memory) + largePageBytes - 1) & ~(largePageBytes - 1);
+    *reinterpret_cast<u8*>(start) = 1;
+    const bool made = allowLargePages(memory, bytes) && makeLargePage(reinterpret_cast<void*>(start)) &&
+                      bytesOnLargePages() >= largePageBytes && *reinterpret_cast<u8*>(start) == 1;
+    freePages(memory, bytes);
+    return made;
+}
+
+// A record on each page, as the hashes of a long search would be.
+void writeToPages(u64 first, u64 last) {
+    for (u64 page = first; page < last; ++page) {
+        storeAt(page * (4096 / sizeof(ys_hash)) + 1, 3, 50, HASH_EXACT, firstMove);
+    }
+}
+
+TEST_F(TranspositionTable, ALongSearchPutsALargeTableOnLargePagesAndKeepsItsRecords) {
+    if (!largePagesCanBeMade()) {
+        GTEST_SKIP() << "the system makes no large pages";
+    }
+    constexpr u64 pages = 65536;
+    constexpr u64 megabyte = 1U << 20;
+    static_cast<void>(allocate(pages * (4096 / sizeof(ys_hash)), 256));
+    const u64 before = bytesOnLargePages();
+    writeToPages(0, 15000);
+    EXPECT_EQ(bytesOnLargePages(), before) << "a short search leaves the memory small";
+    writeToPages(15000, 20000);
+    EXPECT_GT(bytesOnLargePages(), before + 100 * megabyte);
+    for (u64 page = 0; page < pages; ++page) {
+        ASSERT_EQ(probeAt(page * (4096 / sizeof(ys_hash)) + 1, 3, 0, 100).result,
+                  page < 20000 ? 50 : HASH_MISS);
+    }
+    hashClear(pages * (4096 / sizeof(ys_hash)));
+    EXPECT_EQ(hashFilled(), 0U);
+    EXPECT_GT(bytesOnLargePages(), before + 100 * megabyte) << "and a clear leaves it large";
 }
 
 }  // namespace
