@@ -16,9 +16,6 @@
 
 std::mutex sessionMutex;
 
-constexpr i32 mateScore = 20000;
-constexpr i32 lowestMateScore = 19000;
-
 // ---- state ----------------------------------------------------------------------------------------------------
 
 static std::condition_variable orderGiven;
@@ -46,36 +43,12 @@ static std::vector<std::string> lastLine;
 
 // ---- what think tells -----------------------------------------------------------------------------------------
 
-// Plays a line from the root as long as its moves are legal there. Moves count as nodes, which are the search's.
-static std::vector<std::string> legalLine(const PvLine& line) {
-    Scacchiera* const root = board;
-    const u32 nodes = SearchInfo.nodes;
-    const i32 count = std::min(line.count, static_cast<i32>(line.argmove.size()));
+static std::vector<std::string> textsOf(const PvLine& line) {
     std::vector<std::string> texts;
-    for (i32 i = 0; i < count; ++i) {
-        const Standing standing = standingHere();
-        // By its text: a word that an earlier line left may name another man on the same squares.
-        const LegalMove* const legal =
-            findLegal(standing, moveTextOf(line.argmove[static_cast<u32>(i)], *board));
-        if (legal == nullptr) {
-            break;
-        }
-        texts.push_back(legal->text);
-        makeMove(legal->move);
+    for (const LegalMove& legal : legalLine(line)) {
+        texts.push_back(legal.text);
     }
-    board = root;
-    SearchInfo.nodes = nodes;
     return texts;
-}
-
-std::optional<i32> mateMoves(i32 score) {
-    if (score >= lowestMateScore) {
-        return (mateScore + 1 - score) / 2;
-    }
-    if (score <= -lowestMateScore) {
-        return (mateScore + score) / 2;
-    }
-    return {};
 }
 
 static bool isMateWithin(i32 score, i32 moves) {
@@ -87,7 +60,7 @@ static void takeAttempt(const ThinkingAttempt& attempt) {
     attemptEnded = true;
     finishedNodes = attempt.nodesOfThink;
     countedNodes = attempt.nodesOfThink;
-    lastLine = legalLine(attempt.line);
+    lastLine = textsOf(attempt.line);
     if (order.listener.found != nullptr) {
         order.listener.found({attempt.depth, attempt.score, attempt.end, elapsedMs(startedMs), attempt.nodes,
                               attempt.nodesOfThink, attempt.tableHits, lastLine});
@@ -99,7 +72,7 @@ static void takeAttempt(const ThinkingAttempt& attempt) {
 
 static void takeOnlyMove(const PvLine& line) {
     attemptEnded = true;
-    lastLine = legalLine(line);
+    lastLine = textsOf(line);
     const u64 nodes = SearchInfo.nodes;  // of making the list
     if (order.listener.found != nullptr) {
         order.listener.found({0, 0, AttemptEnd::exact, elapsedMs(startedMs), nodes, nodes, 0, lastLine});

@@ -5,9 +5,9 @@
 
 #include "board/board.h"
 #include "frontend/thinking_output.h"
+#include "rules.h"
 
 #include <mutex>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -26,10 +26,6 @@ struct Finding {
     u64 tableHits;
     std::vector<std::string> line;  // legal moves
 };
-
-/// The moves to the mate that a score tells: of the side to move where the score is positive, else of its opponent.
-/// Nothing if it tells none.
-[[nodiscard]] std::optional<i32> mateMoves(i32 score);
 
 /// What a search leaves behind.
 struct Outcome {

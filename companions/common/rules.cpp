@@ -75,6 +75,37 @@ const LegalMove* findLegal(const Standing& standing, Mossa move) {
     return found != standing.legal.end() ? &*found : nullptr;
 }
 
+std::vector<LegalMove> legalLine(const PvLine& line) {
+    Scacchiera* const root = board;
+    const u32 nodes = SearchInfo.nodes;
+    const i32 count = std::min(line.count, static_cast<i32>(line.argmove.size()));
+    std::vector<LegalMove> moves;
+    for (i32 i = 0; i < count; ++i) {
+        const Standing standing = standingHere();
+        // By its text: a word that an earlier line left may name another man on the same squares.
+        const LegalMove* const legal =
+            findLegal(standing, moveTextOf(line.argmove[static_cast<u32>(i)], *board));
+        if (legal == nullptr) {
+            break;
+        }
+        moves.push_back(*legal);
+        makeMove(legal->move);
+    }
+    board = root;
+    SearchInfo.nodes = nodes;
+    return moves;
+}
+
+std::optional<i32> mateMoves(i32 score) {
+    if (score >= lowestMateScore) {
+        return (mateScore + 1 - score) / 2;
+    }
+    if (score <= -lowestMateScore) {
+        return (mateScore + score) / 2;
+    }
+    return {};
+}
+
 // ---- reasons --------------------------------------------------------------------------------------------------
 
 static i32 realSquare(char file, char rank) {

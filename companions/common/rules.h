@@ -2,7 +2,9 @@
 #pragma once
 
 #include "board/board.h"
+#include "search/search_info.h"
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -34,6 +36,18 @@ struct Standing {
 
 /// The same by the move itself.
 [[nodiscard]] const LegalMove* findLegal(const Standing& standing, Mossa move);
+
+/// The moves of a line from `board` on, as far as they are legal there. `board` is as before afterwards, and so is
+/// SearchInfo.nodes, for moves count as nodes of the search.
+[[nodiscard]] std::vector<LegalMove> legalLine(const PvLine& line);
+
+/// Scores of mates: the highest is a mate on the board, each ply to it is one less.
+constexpr i32 mateScore = 20000;
+constexpr i32 lowestMateScore = 19000;
+
+/// The moves to the mate that a score tells: of the side to move where the score is positive, else of its opponent.
+/// Nothing if it tells none.
+[[nodiscard]] std::optional<i32> mateMoves(i32 score);
 
 /// Why `given`, which findLegal does not know, is not legal: a few words without a full stop.
 [[nodiscard]] std::string whyIllegal(const Standing& standing, std::string_view given);
