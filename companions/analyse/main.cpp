@@ -1,0 +1,25 @@
+// tarvelmon-analyse: searches collections of positions with many processes. Exit status 0 for success, 1 where nothing
+// could be used or written, 2 for a wrong command line, 128 and the signal's number where one has ended it.
+#include "board/board.h"
+#include "options.h"
+#include "positions.h"
+#include "worker_pool.h"
+
+#include <cstdio>
+#include <new>
+
+int main(int argc, char** argv) {
+    try {
+        Options options;
+        i32 status = 0;
+        if (!readOptions(argc, argv, options, status)) {
+            return status;
+        }
+        initBoardTables();
+        catchSignals();
+        return analysePositions(options);
+    } catch (const std::bad_alloc&) {
+        std::fputs("tarvelmon-analyse: there is not enough memory\n", stderr);
+        return 1;
+    }
+}
