@@ -161,7 +161,7 @@ class Run(unittest.TestCase):
 
     def test_two_at_once_build_once(self):
         first = subprocess.Popen([self.path("run")], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, text=True,
-                                 stderr=subprocess.DEVNULL, env=self.environment(FAKE_SECONDS="2"))
+                                 stderr=subprocess.DEVNULL, env=self.environment(FAKE_SECONDS="5"))
         while "--build" not in read(self.log) and first.poll() is None:
             time.sleep(0.02)
         second = self.run_it(text="")
