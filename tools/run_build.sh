@@ -8,7 +8,7 @@
 
 # One line that tells what keeps the build from being made here; a compiler would tell it in many.
 checkWritable() {
-    local path=$top
+    local path=$top reason
     if [ -e "$build" ] || mkdir "$build" 2>/dev/null; then
         for path in "$build" "$play" "$build"/{.lock,CMakeCache.txt,CMakeFiles,Makefile,build.log}; do
             [ ! -e "$path" ] || [ -w "$path" ] || break
@@ -16,8 +16,10 @@ checkWritable() {
         done
     fi
     if [ -n "$path" ]; then
-        say "tarvelmon: cannot build: $path, which belongs to $(stat -c %U "$path" 2>/dev/null || echo somebody else)," \
-            "cannot be written by $(id -un). Copy the sources to a folder of your own and start ./run there."
+        reason=$(LC_ALL=C touch -c "$path" 2>&1) || true
+        say "tarvelmon: cannot build: $(id -un) cannot write to $path, which belongs to" \
+            "$(stat -c %U "$path" 2>/dev/null || echo somebody) (${reason##*: })." \
+            "Copy the sources to a folder of your own and start ./run there."
         exit 1
     fi
 }
