@@ -15,6 +15,8 @@ installMissing() {
     local missing=()
     missingBuildPackages
     has dpkg-shlibdeps || missing+=(dpkg-dev)
+    hasHeader CLI/CLI.hpp || missing+=(libcli11-dev)
+    hasHeader nlohmann/json.hpp || missing+=(nlohmann-json3-dev)
     has lintian || missing+=(lintian)
     has appstreamcli || missing+=(appstream)
     has desktop-file-validate || missing+=(desktop-file-utils)
