@@ -25,10 +25,14 @@ installMissing() {
     fi
 }
 
-# makePackage TREE BUILD: copies what git knows of the sources, as they stand, and has cpack make the package in BUILD.
-makePackage() {
+# copySources TREE: what git knows of the sources, as they stand.
+copySources() {
     mkdir -p "$1"
     git -C "$top" ls-files -z | (cd "$top" && xargs -0 cp --parents -t "$1")
+}
+
+# makePackage TREE BUILD
+makePackage() {
     cmake -S "$1" -B "$2" >"$2.log"
     cmake --build "$2" --parallel "$(jobCount)" >>"$2.log"
     (cd "$2" && cpack >>"$2.log")
@@ -36,6 +40,8 @@ makePackage() {
 
 folder=$(mkdir -p "${1:?the folder to work in}" && cd "$1" && pwd)
 installMissing
+(umask 022 && copySources "$folder/one")
+(umask 077 && copySources "$folder/the other one/tarvelmon")
 (umask 022 && makePackage "$folder/one" "$folder/one-build")
 (umask 077 && export LC_ALL=C.UTF-8 TZ=Asia/Kathmandu && makePackage "$folder/the other one/tarvelmon" "$folder/b")
 
