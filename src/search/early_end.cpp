@@ -6,12 +6,7 @@
 #include "platform/platform.h"
 #include "search/search_watch.h"
 
-constexpr u32 clockPollMask = 1023;  // the clock is read once in 1024 nodes
-
-bool timeIsUp() {
-    if ((SearchInfo.nodes & clockPollMask) != 0) {
-        return false;
-    }
+bool clockHasRunOut() {
     if (SearchWatch.clockRead != nullptr) {
         SearchWatch.clockRead();
     }
@@ -22,10 +17,6 @@ bool timeIsUp() {
     }
     EngineOptions.stopSearch = 1;
     return true;
-}
-
-bool mustStop() {
-    return EngineOptions.stopSearch == 1 || timeIsUp();
 }
 
 bool drawnByRule(TBB checkers) {

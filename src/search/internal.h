@@ -3,6 +3,7 @@
 #pragma once
 
 #include "board/board.h"
+#include "frontend/frontend.h"
 #include "search/ordering.h"
 #include "search/search_info.h"
 
@@ -55,11 +56,19 @@ i16 quiescenceGuard(i16 qDepth, i16 alpha, i16 beta, i16 mateScore, i16 tbMen);
 /// The same with `checkers`, what inCheck tells of the position, known to the caller.
 i16 quiescenceGuard(i16 qDepth, i16 alpha, i16 beta, i16 mateScore, i16 tbMen, TBB checkers);
 
-/// Whether the budget is used up. Reads the clock only when `nodes` is a multiple of 1024; sets stopSearch when true.
-[[nodiscard]] bool timeIsUp();
+/// Whether the budget is used up by the clock; sets stopSearch when true.
+[[nodiscard]] bool clockHasRunOut();
+
+/// The same, but the clock is read only when `nodes` is a multiple of 1024.
+[[nodiscard]] inline bool timeIsUp() {
+    constexpr u32 clockPollMask = 1023;
+    return (SearchInfo.nodes & clockPollMask) == 0 && clockHasRunOut();
+}
 
 /// Whether this search has been told to end, or ends itself by the clock.
-[[nodiscard]] bool mustStop();
+[[nodiscard]] inline bool mustStop() {
+    return EngineOptions.stopSearch == 1 || timeIsUp();
+}
 
 /// Third occurrence, or the fifty-move rule passed. A mate by the hundredth ply still counts.
 [[nodiscard]] bool drawnByRule(TBB checkers);
