@@ -385,35 +385,48 @@ template <MakeDepth How = MakeDepth::full>
     return true;
 }
 
-/// tryMove by the kind of move. Each kind that generators give in numbers has code of its own, from which the compiler
-/// has left out whatever that kind does not need.
+namespace node {
+
+// Code of its own for a kind of move, from which the compiler has left out whatever that kind does not need.
+template <MakeDepth How, MoveKind Kind>
+[[nodiscard, gnu::noinline]] bool tryMoveOfKind(const NodeMoves& n, Mossa move) {
+    return tryMove<How>(n, MoveParts{Kind, moveFrom(move) & 63, moveTo(move) & 63, 0});
+}
+
+template <MakeDepth How>
+[[nodiscard, gnu::noinline]] bool tryMoveOfOtherKind(const NodeMoves& n, Mossa move) {
+    return tryMove<How>(n, partsOf(move));
+}
+
+}  // namespace node
+
+/// tryMove by the kind of move.
 template <MakeDepth How = MakeDepth::full>
 [[nodiscard]] inline bool tryMove(const NodeMoves& n, Mossa move) {
-    const auto [kind, from, to, promo] = partsOf(move);
-    switch (kind) {
+    switch (moveKind(move)) {
         case MOVE_PAWN:
-            return tryMove<How>(n, {MOVE_PAWN, from, to, 0});
+            return node::tryMoveOfKind<How, MOVE_PAWN>(n, move);
         case MOVE_KNIGHT:
-            return tryMove<How>(n, {MOVE_KNIGHT, from, to, 0});
+            return node::tryMoveOfKind<How, MOVE_KNIGHT>(n, move);
         case MOVE_BISHOP:
-            return tryMove<How>(n, {MOVE_BISHOP, from, to, 0});
+            return node::tryMoveOfKind<How, MOVE_BISHOP>(n, move);
         case MOVE_ROOK:
-            return tryMove<How>(n, {MOVE_ROOK, from, to, 0});
+            return node::tryMoveOfKind<How, MOVE_ROOK>(n, move);
         case MOVE_QUEEN:
-            return tryMove<How>(n, {MOVE_QUEEN, from, to, 0});
+            return node::tryMoveOfKind<How, MOVE_QUEEN>(n, move);
         case MOVE_KING:
-            return tryMove<How>(n, {MOVE_KING, from, to, 0});
+            return node::tryMoveOfKind<How, MOVE_KING>(n, move);
         case CAPT_PAWN:
-            return tryMove<How>(n, {CAPT_PAWN, from, to, 0});
+            return node::tryMoveOfKind<How, CAPT_PAWN>(n, move);
         case CAPT_KNIGHT:
-            return tryMove<How>(n, {CAPT_KNIGHT, from, to, 0});
+            return node::tryMoveOfKind<How, CAPT_KNIGHT>(n, move);
         case CAPT_BISHOP:
-            return tryMove<How>(n, {CAPT_BISHOP, from, to, 0});
+            return node::tryMoveOfKind<How, CAPT_BISHOP>(n, move);
         case CAPT_ROOK:
-            return tryMove<How>(n, {CAPT_ROOK, from, to, 0});
+            return node::tryMoveOfKind<How, CAPT_ROOK>(n, move);
         case CAPT_QUEEN:
-            return tryMove<How>(n, {CAPT_QUEEN, from, to, 0});
+            return node::tryMoveOfKind<How, CAPT_QUEEN>(n, move);
         default:
-            return tryMove<How>(n, {kind, from, to, promo});
+            return node::tryMoveOfOtherKind<How>(n, move);
     }
 }
