@@ -186,4 +186,22 @@ TEST_F(TableRoot, MoreMenThanAskedForAreNotProbed) {
     EXPECT_THAT(testing::internal::GetCapturedStdout(), testing::Not(testing::HasSubstr(" 10000 ")));
 }
 
+// A node of the tree, asked for at most so many men.
+u64 hitsAtNode(i16 menAsked, i16& score) {
+    setUpWithTables(rootCases[0].fen);
+    searchCeiling = board + searchRecordsMax;
+    tableHits = 0;
+    PvLine line{};
+    score = search(2, 0, -INFINITE, INFINITE, line, MATE, 0, 0, menAsked);
+    return tableHits;
+}
+
+TEST_F(TableRoot, ANodeIsProbedIfItHasNoMoreMenThanAskedFor) {
+    i16 score = 0;
+    EXPECT_EQ(hitsAtNode(3, score), 1U);
+    EXPECT_EQ(score, TB_WIN);
+    EXPECT_EQ(hitsAtNode(2, score), 0U);
+    EXPECT_LT(score, TB_WIN);
+}
+
 }  // namespace

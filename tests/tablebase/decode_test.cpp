@@ -170,3 +170,16 @@ TEST(Decode, ReadsZerosBehindTheEndOfTheFile) {
         }
     }
 }
+
+// Two bits make four codes: the two behind those of the symbols stand for nothing.
+TEST(Decode, ACodeWithoutASymbolHasNoValue) {
+    Stream stream = twoValues({{0, indexPointPlace}}, 1, {blockValues / 2 - 1});
+    stream.codeLength = 2;
+    stream.blocks = std::string(8, '\x1B');  // 00 01 10 11
+    const SetUpTable table(stream);
+    ASSERT_TRUE(table.accepted);
+    EXPECT_EQ(table.valueAt(0), 3);
+    EXPECT_EQ(table.valueAt(1), 1);
+    EXPECT_EQ(table.valueAt(2), damaged);
+    EXPECT_EQ(table.valueAt(3), damaged);
+}
