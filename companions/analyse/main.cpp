@@ -1,6 +1,7 @@
 // tarvelmon-analyse: searches collections of positions with many processes. Exit status 0 for success, 1 where nothing
 // could be used or written, 2 for a wrong command line, 128 and the signal's number where one has ended it.
 #include "board/board.h"
+#include "games.h"
 #include "options.h"
 #include "positions.h"
 #include "worker_pool.h"
@@ -17,7 +18,7 @@ int main(int argc, char** argv) {
         }
         initBoardTables();
         catchSignals();
-        return analysePositions(options);
+        return options.pgn ? analyseGames(options) : analysePositions(options);
     } catch (const std::bad_alloc&) {
         std::fputs("tarvelmon-analyse: there is not enough memory\n", stderr);
         return 1;

@@ -68,6 +68,10 @@ static void describe(CLI::App& app, Options& options, RawOptions& raw) {
                    "Only these lines of the input (A-B, A- or -B); with --pgn these games");
     app.add_option("--resume", options.resumeFile,
                    "An earlier output: what stands there is not searched again");
+    app.add_flag("--pgn", options.pgn, "The input is games, which are annotated move by move");
+    app.add_option("--threshold", raw.threshold,
+                   "With --pgn: loss in pawns from which a better line is told; 0.5")
+        ->check(CLI::Range(0.05, 100.0));
     app.add_flag("--json", options.json, "One JSON object a line");
     app.add_flag("--acs", raw.acs, "Write the seconds also where no clock limits the search");
     app.add_flag("--suite", options.suite, "Judge bm and am, and end with a table");
@@ -82,6 +86,12 @@ static bool refuse(const std::string& fault, i32& status) {
 static bool settle(Options& options, const RawOptions& raw, i32& status) {
     if (!readRange(raw.lines, options.lines)) {
         return refuse("--lines: \"" + raw.lines + "\" is no range such as 1-1000", status);
+    }
+    if (options.pgn && options.suite) {
+        return refuse("--suite and --pgn do not go together", status);
+    }
+    if (options.pgn && options.json && !options.resumeFile.empty()) {
+        return refuse("--resume and --json do not go together with --pgn", status);
     }
     options.limits.milliseconds = std::llround(raw.seconds * 1000);
     if (options.limits.depth == 0 && options.limits.milliseconds == 0 && options.limits.nodes == 0) {

@@ -2,7 +2,6 @@
 #include "output.h"
 
 #include "platform/platform.h"
-#include "worker_pool.h"
 
 #include <unistd.h>
 #include <algorithm>
@@ -76,4 +75,20 @@ void endProgress(const Progress& progress) {
 void complain(const Progress& progress, const std::string& message) {
     endProgress(progress);
     std::fprintf(stderr, "%s\n", message.c_str());
+}
+
+i32 statusOfEnd(PoolEnd end, const Progress& progress) {
+    constexpr i32 bySignal = 128;
+    switch (end) {
+        case PoolEnd::interrupted:
+            return bySignal + caughtSignal();
+        case PoolEnd::noProcess:
+            complain(progress, "tarvelmon-analyse: no process can be started");
+            return 1;
+        case PoolEnd::refused:
+            return 1;
+        case PoolEnd::done:
+            break;
+    }
+    return 0;
 }

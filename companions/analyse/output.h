@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/bits.h"
+#include "worker_pool.h"
 
 #include <string>
 #include <string_view>
@@ -26,6 +27,9 @@ void endProgress(const Progress& progress);
 
 /// The line of a progress after so many milliseconds.
 [[nodiscard]] std::string progressText(const Progress& progress, i32 milliseconds);
+
+/// The exit status after a pool has ended so, which is told where nobody else has: 0 for done.
+[[nodiscard]] i32 statusOfEnd(PoolEnd end, const Progress& progress);
 
 /// A message on standard error, on a line of its own.
 void complain(const Progress& progress, const std::string& message);

@@ -259,16 +259,8 @@ static bool takeAnswer(Work& work, u64 number, const Analysis& analysis) {
 // ---- the whole ------------------------------------------------------------------------------------------------
 
 static i32 statusOf(const Work& work, PoolEnd end) {
-    switch (end) {
-        case PoolEnd::interrupted:
-            return 128 + caughtSignal();
-        case PoolEnd::noProcess:
-            complain(work.progress, "tarvelmon-analyse: no process can be started");
-            return 1;
-        case PoolEnd::refused:
-            return 1;
-        case PoolEnd::done:
-            break;
+    if (end != PoolEnd::done) {
+        return statusOfEnd(end, work.progress);
     }
     if (!work.outputHolds) {
         return 1;

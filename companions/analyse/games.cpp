@@ -1,0 +1,217 @@
+// The positions of all games are one stream of work; a game is written when all of its own and all before it are done.
+#include "games.h"
+
+#include "annotation.h"
+#include "line_source.h"
+#include "output.h"
+#include "worker_pool.h"
+
+#include <deque>
+#include <nlohmann/json.hpp>
+#include <unordered_map>
+
+namespace {
+
+struct Entry {
+    Game game;
+    std::string file;
+    std::vector<Analysis> analyses;
+    std::size_t missing;  // analyses that are still to come
+    bool done;
+    std::string output;
+};
+
+// Where a position that was handed out belongs.
+struct Place {
+    u64 game;
+    std::size_t ply;
+};
+
+struct Work {
+    const Options& options;
+    Progress progress{};
+    std::vector<std::string> texts{};  // of the files
+    std::size_t file = 0;
+    GameText text{};
+    u64 gameNumber = 0;
+    std::deque<Entry> queue{};
+    u64 firstInQueue = 0;
+    std::size_t givenPlies = 0;  // of the last game in the queue
+    bool inGame = false;
+    std::vector<Place> places{};
+    std::unordered_map<std::string, std::string> earlier{};
+    u64 usable = 0;
+    bool outputHolds = true;
+};
+
+}  // namespace
+
+static bool writeReady(Work& work) {
+    std::string text;
+    while (!work.queue.empty() && work.queue.front().done) {
+        text += work.queue.front().output;
+        work.queue.pop_front();
+        ++work.firstInQueue;
+        ++work.progress.done;
+    }
+    work.outputHolds = work.outputHolds && writeOut(text);
+    return work.outputHolds;
+}
+
+// ---- an earlier output ----------------------------------------------------------------------------------------
+
+static void noteEarlierGames(Work& work, const std::string& text) {
+    GameText games{text};
+    Game game;
+    while (nextGame(games, game)) {
+        const bool analysed = game.moves.empty() || game.raw.find("[%depth ") != std::string::npos;
+        if (game.ended && game.fault.empty() && analysed &&
+            game.raw.find(std::string("{") + notAnalysed) == std::string::npos) {
+            work.earlier[gameKey(game)] = game.raw + "\n\n";
+        }
+    }
+}
+
+static std::string readEarlier(Work& work) {
+    std::string text;
+    std::string fault = readWhole(work.options.resumeFile, text);
+    if (fault.empty()) {
+        noteEarlierGames(work, text);
+    }
+    return fault;
+}
+
+// ---- what comes in --------------------------------------------------------------------------------------------
+
+static bool takeGame(Work& work, Game& game) {
+    while (work.file < work.texts.size() && work.gameNumber < work.options.lines.last) {
+        if (!nextGame(work.text, game)) {
+            ++work.file;
+            work.text = {work.file < work.texts.size() ? std::string_view(work.texts[work.file]) : ""};
+        } else if (++work.gameNumber >= work.options.lines.first) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// Puts the next game into the queue. True if it has to be searched.
+static bool beginGame(Work& work, Game& game) {
+    Entry& entry =
+        work.queue.emplace_back(Entry{std::move(game), work.options.files[work.file], {}, 0, true, {}});
+    if (!entry.game.fault.empty()) {
+        complain(work.progress, entry.file + ":" + std::to_string(entry.game.faultLine) + ": " +
+                                    entry.game.fault + "; the game is left as it is");
+        entry.output = work.options.json ? nlohmann::json{{"error", entry.game.fault}}.dump(
+                                               -1, ' ', false, nlohmann::json::error_handler_t::replace) +
+                                               "\n"
+                                         : entry.game.raw + "\n\n";
+        return false;
+    }
+    ++work.usable;
+    if (const auto found = work.earlier.find(gameKey(entry.game)); found != work.earlier.end()) {
+        entry.output = found->second;
+        return false;
+    }
+    entry.missing = entry.game.moves.size() + 1;
+    entry.analyses.resize(entry.missing);
+    entry.done = false;
+    return true;
+}
+
+static Position positionAt(const Game& game, std::size_t ply) {
+    Position position{game.fen, {}};
+    for (std::size_t i = 0; i < ply; ++i) {
+        position.moves.push_back(game.moves[i].move);
+    }
+    return position;
+}
+
+static NextPosition nextPosition(Work& work, Position& position) {
+    while (!work.inGame) {
+        Game game;
+        if (!work.outputHolds || !takeGame(work, game)) {
+            return NextPosition::noMore;
+        }
+        work.inGame = beginGame(work, game);
+        work.givenPlies = 0;
+        static_cast<void>(writeReady(work));
+    }
+    const Game& game = work.queue.back().game;
+    work.places.push_back({work.firstInQueue + work.queue.size() - 1, work.givenPlies});
+    position = positionAt(game, work.givenPlies);
+    ++work.givenPlies;
+    work.inGame = work.givenPlies <= game.moves.size();
+    return NextPosition::given;
+}
+
+static bool takeAnswer(Work& work, u64 number, const Analysis& analysis) {
+    const Place place = work.places[number];
+    Entry& entry = work.queue[place.game - work.firstInQueue];
+    entry.analyses[place.ply] = analysis;
+    if (!analysis.fault.empty()) {
+        complain(work.progress, entry.file + ":" + std::to_string(entry.game.line) + ": half move " +
+                                    std::to_string(place.ply) + ": " + analysis.fault);
+    }
+    if (--entry.missing > 0) {
+        return true;
+    }
+    const JudgedGame judged = judgeGame(entry.game, entry.analyses);
+    entry.output = work.options.json
+                       ? annotatedJson(entry.game, entry.analyses, judged)
+                       : annotatedGame(entry.game, entry.analyses, judged, work.options.threshold);
+    entry.done = true;
+    ++work.progress.searched;
+    return writeReady(work);
+}
+
+// ---- the whole ------------------------------------------------------------------------------------------------
+
+static std::string readAll(Work& work) {
+    for (const std::string& file : work.options.files) {
+        const std::string fault = readWhole(file, work.texts.emplace_back());
+        if (!fault.empty()) {
+            return fault;
+        }
+    }
+    work.text = {work.texts.front()};
+    return work.options.resumeFile.empty() ? "" : readEarlier(work);
+}
+
+// Tags that begin a game's head, roughly: for the time left.
+static u64 countGames(const Work& work) {
+    u64 count = 0;
+    for (const std::string& text : work.texts) {
+        for (std::size_t at = text.find("[Event "); at != std::string::npos;
+             at = text.find("[Event ", at + 1)) {
+            ++count;
+        }
+    }
+    return count;
+}
+
+i32 analyseGames(const Options& options) {
+    Work work{options};
+    work.progress = startProgress(0);
+    std::string fault = checkFiles(options.files);
+    fault = fault.empty() ? readAll(work) : fault;
+    if (!fault.empty()) {
+        complain(work.progress, fault);
+        return 1;
+    }
+    work.progress.total = countGames(work);
+    const PoolEnd end =
+        runPool({options.jobs, options.hashMegabytes, options.limits,
+                 [&](Position& position) { return nextPosition(work, position); }, [] { return -1; },
+                 [&](u64 number, const Analysis& analysis) { return takeAnswer(work, number, analysis); },
+                 [&] { showProgress(work.progress, false); }});
+    endProgress(work.progress);
+    if (end != PoolEnd::done || !work.outputHolds) {
+        return statusOfEnd(end, work.progress);
+    }
+    if (work.usable == 0) {
+        complain(work.progress, "tarvelmon-analyse: there is no game in the input");
+        return 1;
+    }
+    return 0;
+}
