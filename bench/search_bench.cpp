@@ -1,19 +1,15 @@
 // Speed of the search: the fixed searches, in nodes a second, and the signature of their behaviour. The argument is the
 // number of rounds, 5 without one. Status 1 if a node count is not what it should be.
+#include "platform/platform.h"
 #include "search_set.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <iterator>
 #include <vector>
 
 constexpr std::size_t searchCount = std::size(fixedSearches);
-
-static double processorSeconds() {
-    return static_cast<double>(std::clock()) / CLOCKS_PER_SEC;
-}
 
 static double median(std::vector<double> values) {
     std::ranges::sort(values);

@@ -58,6 +58,7 @@ static bool readFirstLine(std::string& line) {
 
 int main(int argc, char** argv) {
     raiseMainStackLimit();
+    makeStreamsBinary();
     ignoreInterrupts();
     initBoardTables();
     if (argc == 2 && std::string_view(argv[1]) == "bench") {

@@ -5,6 +5,7 @@
 #include "frontend/config.h"
 #include "frontend/frontend.h"
 #include "hash/hash.h"
+#include "platform/environment.h"
 #include "tablebase/tablebase.h"
 #include "words.h"
 
@@ -16,17 +17,25 @@ Settings settings{};
 
 // ---- the INI file ---------------------------------------------------------------------------------------------
 
+static std::filesystem::path pathOf(const std::string& text) {
+    return std::u8string(text.begin(), text.end());
+}
+
 // The folder that the installed engine runs in.
 static std::filesystem::path userFolder() {
     const auto variable = [](const char* name) {
-        const char* const text = std::getenv(name);
-        return std::filesystem::path(text != nullptr ? text : "");
+        std::string text;
+        static_cast<void>(readEnvironment(name, text));  // none is as good as an empty one
+        return pathOf(text);
     };
     if (auto home = variable("TARVELMON_HOME"); !home.empty()) {
         return home;
     }
     if (const auto data = variable("XDG_DATA_HOME"); !data.empty()) {
         return data / "tarvelmon";
+    }
+    if (auto beside = pathOf(programFolder()); !beside.empty()) {
+        return beside;
     }
     auto home = variable("HOME");
     return home.empty() ? home : home / ".local" / "share" / "tarvelmon";

@@ -2,9 +2,9 @@
 #include "board/board.h"
 #include "frontend/internal.h"
 #include "frontend/session.h"
+#include "platform/platform.h"
 
 #include <algorithm>
-#include <ctime>
 
 struct BenchmarkRecord {
     char text[200];
@@ -28,7 +28,7 @@ i32 nodesPerSecond(u64 nodes, double seconds) {
 
 void runBenchmark() {
     print("Running benchmark. . .\n");
-    const std::clock_t start = std::clock();
+    const double start = processorSeconds();
     u64 total = 0;
     for (const BenchmarkRecord& record : benchmark) {
         newGame();
@@ -38,7 +38,7 @@ void runBenchmark() {
         print("Expected value:         %10lld\n", static_cast<long long>(record.expected));
         print("Calculated value:       %10lld\n\n", static_cast<long long>(value));
     }
-    const double elapsed = static_cast<double>(std::clock() - start) / static_cast<double>(CLOCKS_PER_SEC);
+    const double elapsed = processorSeconds() - start;
     print("\n");
     print("Total nodes:            %10lld \n", static_cast<long long>(total));
     print("Raw nodes per second:   %10d\n", nodesPerSecond(total, elapsed));

@@ -1,4 +1,5 @@
-// What differs between operating systems, behind plain functions. One POSIX and one Windows source.
+// What differs between operating systems, behind plain functions. One POSIX and one Windows source. Paths are UTF-8 on
+// Windows and plain bytes elsewhere.
 #pragma once
 
 #include "platform/bits.h"
@@ -14,9 +15,16 @@
     return static_cast<i32>(static_cast<u32>(nowMs()) - static_cast<u32>(startMs));
 }
 
+/// Seconds that the processor has worked for this process, all threads together.
+[[nodiscard]] double processorSeconds();
+
 /// Opens a regular file for reading bytes, without ever blocking; null with errno set if it cannot be opened or is
 /// a directory, a device or a pipe. The caller closes it.
 [[nodiscard]] std::FILE* openRegularFile(const char* path);
+
+/// Opens a file for writing bytes, anew or at its end; null with errno set. The caller closes it.
+[[nodiscard]] std::FILE* createFile(const char* path);
+[[nodiscard]] std::FILE* openForAppending(const char* path);
 
 /// Bytes of an open file, also beyond 4 GB; -1 if it cannot be told.
 [[nodiscard]] i64 fileSize(std::FILE* file);
@@ -55,11 +63,14 @@ void zeroPages(void* memory, std::size_t bytes);
 /// Interfaces send SIGINT before each command: it does nothing from now on.
 void ignoreInterrupts();
 
-/// Makes standard output unbuffered. Input comes by as much as is there: a line never waits for the next, and the threads
-/// that read in turn share what one of them has fetched. Nobody else reads it.
+/// Standard streams take and give bytes: a line ends as it is written.
+void makeStreamsBinary();
+/// Makes standard output unbuffered, and all three streams binary. Input comes by as much as is there: a line never waits
+/// for the next, and the threads that read in turn share what one of them has fetched. Nobody else reads it.
 void setUpStandardStreams();
 /// For a standard stream that has just failed to read or write. If it only was not ready, because another program has
-/// left it in a state in which it does not block: waits until it is, and returns true.
+/// left it in a state in which it does not block: waits until it is, and returns true. Output that nobody can read any
+/// more ends the process where the system does not do that by itself.
 [[nodiscard]] bool waitedForStream(std::FILE* stream);
 /// Whether standard output and standard error lead to the same pipe or file.
 [[nodiscard]] bool errorSharesOutput();

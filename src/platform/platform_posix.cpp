@@ -10,6 +10,11 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
+
+double processorSeconds() {
+    return static_cast<double>(std::clock()) / static_cast<double>(CLOCKS_PER_SEC);
+}
 
 // A pipe without a writer would block the open for ever; without blocking it opens, and is then refused.
 static i32 openRegular(const char* path, struct stat& status) {
@@ -37,6 +42,14 @@ std::FILE* openRegularFile(const char* path) {
         close(descriptor);
     }
     return file;
+}
+
+std::FILE* createFile(const char* path) {
+    return std::fopen(path, "wb");
+}
+
+std::FILE* openForAppending(const char* path) {
+    return std::fopen(path, "ab");
 }
 
 i64 fileSize(std::FILE* file) {
@@ -124,6 +137,8 @@ void zeroPages(void* memory, std::size_t bytes) {
 void ignoreInterrupts() {
     std::signal(SIGINT, SIG_IGN);
 }
+
+void makeStreamsBinary() {}
 
 void setUpStandardStreams() {
     std::setvbuf(stdout, nullptr, _IONBF, 0);

@@ -1,6 +1,8 @@
 // The Windows side of platform.h.
 #include "platform/platform.h"
 
+#include "platform/wide_windows.h"
+
 #if !defined(NOMINMAX)
 #define NOMINMAX
 #endif
@@ -8,27 +10,88 @@
 
 #include <fcntl.h>
 #include <io.h>
-#include <sys/stat.h>
 #include <cerrno>
 #include <csignal>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 
-static bool isRegularFile(const char* path) {
-    const DWORD attributes = GetFileAttributesA(path);
-    if (attributes == INVALID_FILE_ATTRIBUTES) {
-        errno = ENOENT;
-        return false;
+double processorSeconds() {
+    constexpr double perSecond = 1e7;  // a unit is 100 ns
+    FILETIME created{};
+    FILETIME ended{};
+    FILETIME inSystem{};
+    FILETIME inProgram{};
+    GetProcessTimes(GetCurrentProcess(), &created, &ended, &inSystem, &inProgram);
+    const auto units = [](const FILETIME& time) {
+        return u64{time.dwHighDateTime} << 32 | time.dwLowDateTime;
+    };
+    return static_cast<double>(units(inSystem) + units(inProgram)) / perSecond;
+}
+
+// ---- files ----------------------------------------------------------------------------------------------------
+
+// The C library's number for what the system has just refused.
+static i32 errorNumber() {
+    switch (GetLastError()) {
+        case ERROR_ACCESS_DENIED:
+        case ERROR_SHARING_VIOLATION:
+        case ERROR_LOCK_VIOLATION:
+            return EACCES;
+        case ERROR_TOO_MANY_OPEN_FILES:
+            return EMFILE;
+        case ERROR_NOT_ENOUGH_MEMORY:
+            return ENOMEM;
+        default:
+            return ENOENT;
     }
-    if ((attributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_DEVICE)) != 0) {
+}
+
+// Others may write, rename and remove the file meanwhile, as anywhere else. A name that leads to a device or a pipe is
+// refused only when it is open: the name does not tell.
+static HANDLE openRegular(const char* path) {
+    const std::wstring widePath = wideOf(path);
+    const DWORD attributes = GetFileAttributesW(widePath.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
+        errno = attributes == INVALID_FILE_ATTRIBUTES ? errorNumber() : EISDIR;
+        return INVALID_HANDLE_VALUE;
+    }
+    const HANDLE handle =
+        CreateFileW(widePath.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                    nullptr, OPEN_EXISTING, FILE_FLAG_RANDOM_ACCESS, nullptr);
+    if (handle == INVALID_HANDLE_VALUE) {
+        errno = errorNumber();
+    } else if (GetFileType(handle) != FILE_TYPE_DISK) {
+        CloseHandle(handle);
         errno = EINVAL;
-        return false;
+        return INVALID_HANDLE_VALUE;
     }
-    return true;
+    return handle;
 }
 
 std::FILE* openRegularFile(const char* path) {
-    return isRegularFile(path) ? std::fopen(path, "rb") : nullptr;
+    const HANDLE handle = openRegular(path);
+    if (handle == INVALID_HANDLE_VALUE) {
+        return nullptr;
+    }
+    const i32 descriptor = _open_osfhandle(reinterpret_cast<std::intptr_t>(handle), _O_RDONLY | _O_BINARY);
+    if (descriptor < 0) {
+        CloseHandle(handle);
+        return nullptr;
+    }
+    std::FILE* file = _fdopen(descriptor, "rb");
+    if (file == nullptr) {
+        _close(descriptor);
+    }
+    return file;
+}
+
+std::FILE* createFile(const char* path) {
+    return _wfopen(wideOf(path).c_str(), L"wb");
+}
+
+std::FILE* openForAppending(const char* path) {
+    return _wfopen(wideOf(path).c_str(), L"ab");
 }
 
 i64 fileSize(std::FILE* file) {
@@ -41,17 +104,13 @@ bool seekFile(std::FILE* file, i64 offset) {
 
 MapResult mapFile(const char* path, MappedFile& file) {
     file = MappedFile{nullptr, 0};
-    if (!isRegularFile(path)) {
-        return MapResult::cannotOpen;
-    }
-    const HANDLE handle = CreateFileA(path, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
-                                      FILE_FLAG_RANDOM_ACCESS, nullptr);
+    const HANDLE handle = openRegular(path);
     if (handle == INVALID_HANDLE_VALUE) {
         return MapResult::cannotOpen;
     }
     LARGE_INTEGER size{};
     GetFileSizeEx(handle, &size);
-    const HANDLE mapping = CreateFileMappingA(handle, nullptr, PAGE_READONLY, 0, 0, nullptr);
+    const HANDLE mapping = CreateFileMappingW(handle, nullptr, PAGE_READONLY, 0, 0, nullptr);
     CloseHandle(handle);
     if (mapping == nullptr) {
         return MapResult::cannotMap;
@@ -72,8 +131,24 @@ void unmapFile(MappedFile& file) {
     file = MappedFile{nullptr, 0};
 }
 
-void* allocatePages(std::size_t bytes, bool) {
-    return bytes == 0 ? nullptr : VirtualAlloc(nullptr, bytes, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
+// ---- memory ---------------------------------------------------------------------------------------------------
+
+static u64 machineMemory() {
+    MEMORYSTATUSEX status{};
+    status.dwLength = sizeof status;
+    return GlobalMemoryStatusEx(&status) != 0 ? status.ullTotalPhys : 0;
+}
+
+// Large pages are for users whom an administrator has given a right to them: nobody is asked.
+void* allocatePages(std::size_t bytes, bool largePages) {
+    if (bytes == 0 || bytes > machineMemory()) {
+        return nullptr;
+    }
+    void* memory = VirtualAlloc(nullptr, bytes, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE);
+    if (memory != nullptr && largePages) {
+        std::memset(memory, 0, bytes);
+    }
+    return memory;
 }
 
 // Large pages need a right that accounts do not have, and all of the memory at once.
@@ -100,21 +175,48 @@ void ignoreInterrupts() {
     std::signal(SIGINT, SIG_IGN);
 }
 
+// ---- streams --------------------------------------------------------------------------------------------------
+
+void makeStreamsBinary() {
+    for (std::FILE* stream : {stdin, stdout, stderr}) {
+        _setmode(_fileno(stream), _O_BINARY);
+    }
+}
+
 void setUpStandardStreams() {
+    makeStreamsBinary();
     std::setvbuf(stdout, nullptr, _IONBF, 0);
     std::setvbuf(stdin, nullptr, _IOFBF, BUFSIZ);
 }
 
-bool waitedForStream(std::FILE*) {
+// Streams always block here. Elsewhere a signal ends who writes to a pipe that nobody reads. The C library has the
+// system's number for that beside its own, which is another one for each.
+bool waitedForStream(std::FILE* stream) {
+    const unsigned long fault = _doserrno;
+    if (stream == stdout &&
+        (fault == ERROR_BROKEN_PIPE || fault == ERROR_NO_DATA || fault == ERROR_PIPE_NOT_CONNECTED)) {
+        std::_Exit(1);
+    }
     return false;
 }
 
+// Both may be handles of their own to one pipe. Systems before Windows 10 cannot tell.
+static bool areOneObject(HANDLE a, HANDLE b) {
+    using Comparison = BOOL(WINAPI*)(HANDLE, HANDLE);
+    const HMODULE library = GetModuleHandleW(L"kernelbase.dll");
+    const FARPROC found = library != nullptr ? GetProcAddress(library, "CompareObjectHandles") : nullptr;
+    return found != nullptr && reinterpret_cast<Comparison>(reinterpret_cast<void*>(found))(a, b) != 0;
+}
+
 bool errorSharesOutput() {
-    return GetStdHandle(STD_OUTPUT_HANDLE) == GetStdHandle(STD_ERROR_HANDLE);
+    const HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
+    const HANDLE error = GetStdHandle(STD_ERROR_HANDLE);
+    return output == error || areOneObject(output, error);
 }
 
 bool outputIsTerminal() {
-    return _isatty(_fileno(stdout)) != 0;
+    DWORD mode = 0;
+    return GetConsoleMode(GetStdHandle(STD_OUTPUT_HANDLE), &mode) != 0;
 }
 
 void exitNow(i32 status) {

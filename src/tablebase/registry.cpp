@@ -3,13 +3,13 @@
 #include "tablebase/internal.h"
 
 #include "hash/random64.h"
+#include "platform/environment.h"
 #include "platform/print.h"
 #include "platform/split_mix.h"
 #include "tablebase/tablebase.h"
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <string>
 
@@ -324,11 +324,11 @@ static void trySixMenFourToNone() {
 }
 
 // Deliberate: the words name other variables than those read.
-static void readEnvironment() {
+static void readFolderVariables() {
     const auto replace = [](char(&path)[tbPathSize], const char* variable, const char* words) {
-        const char* text = std::getenv(variable);
-        if (text != nullptr && std::strlen(text) <= environmentMax) {
-            std::snprintf(path, sizeof path, "%s", text);
+        std::string text;
+        if (readEnvironment(variable, text) && text.size() <= environmentMax) {
+            std::snprintf(path, sizeof path, "%s", text.c_str());
             print("%s\n", words);
         }
     };
@@ -353,7 +353,7 @@ void tbInit(const char* path) {
     clearRegistry();
     std::snprintf(tbPathDtz, sizeof tbPathDtz, "%s", path);
     std::snprintf(tbPathWdl, sizeof tbPathWdl, "%s", path);
-    readEnvironment();
+    readFolderVariables();
     tryThreeMen();
     tryFourMen();
     tryFiveMen();

@@ -34,8 +34,8 @@ using CaseLine = std::array<char, 256>;
 
 static bool openAll(Harness& harness) {
     harness.cases = openRegularFile(casesPath);
-    harness.errors = std::fopen(errorsPath, "a");
-    harness.badFens = std::fopen(badFensPath, "a");
+    harness.errors = openForAppending(errorsPath);
+    harness.badFens = openForAppending(badFensPath);
     return harness.cases != nullptr && harness.errors != nullptr && harness.badFens != nullptr;
 }
 

@@ -9,6 +9,8 @@
 #include "line_reader.h"
 #include "move_reader.h"
 #include "pgn_reader.h"
+#include "platform/environment.h"
+#include "platform/platform.h"
 #include "text_file.h"
 
 #include <algorithm>
@@ -290,9 +292,11 @@ static i32 run(const std::string& command, const Arguments& arguments) {
 }
 
 i32 main(i32 argc, char** argv) {
+    makeStreamsBinary();
     initBoardTables();
     try {
-        return run(argc > 1 ? argv[1] : "", Arguments(argv + std::min(argc, 2), argv + argc));
+        const Arguments words = programArguments(argc, argv);
+        return words.empty() ? run("", {}) : run(words.front(), Arguments(words.begin() + 1, words.end()));
     } catch (const std::bad_alloc&) {
         // A book is held in memory whole.
         std::fputs("tarvelmon-book: there is not enough memory\n", stderr);

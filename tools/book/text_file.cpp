@@ -40,7 +40,7 @@ bool readFile(const std::string& fileName, std::string& bytes) {
 }
 
 static bool writeNewFile(const std::string& fileName, std::string_view bytes) {
-    std::FILE* file = std::fopen(fileName.c_str(), "wb");
+    std::FILE* file = createFile(fileName.c_str());
     if (file == nullptr) {
         return false;
     }
@@ -48,17 +48,21 @@ static bool writeNewFile(const std::string& fileName, std::string_view bytes) {
     return std::fclose(file) == 0 && written;
 }
 
+static std::filesystem::path pathOf(const std::string& fileName) {
+    return std::u8string(fileName.begin(), fileName.end());
+}
+
 bool writeFile(const std::string& fileName, std::string_view bytes) {
     const std::string newName = fileName + ".new";
     std::error_code error;
     if (!writeNewFile(newName, bytes)) {
         sayFileFault(newName, std::strerror(errno));
-    } else if (std::filesystem::rename(newName, fileName, error); error) {
+    } else if (std::filesystem::rename(pathOf(newName), pathOf(fileName), error); error) {
         sayFileFault(fileName, error.message().c_str());
     } else {
         return true;
     }
-    std::filesystem::remove(newName, error);
+    std::filesystem::remove(pathOf(newName), error);
     return false;
 }
 
