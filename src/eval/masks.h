@@ -79,8 +79,9 @@ inline constexpr SquareTable passedMask = geometry::bySquare([](i32 s) {
     return s < 8 ? 0 : (fileMask[file] | adjacentFiles[file]) & ranksAbove & ~rank8;
 });
 
-/// King's distance between two squares: the larger of the file and the rank difference.
-inline constexpr std::array<std::array<u8, 64>, 64> squareDistance = [] {
+/// King's distance between two squares: the larger of the file and the rank difference. Each source that looks at it has
+/// a copy of its own; there is one.
+constexpr std::array<std::array<u8, 64>, 64> squareDistance = [] {
     const auto difference = [](i32 a, i32 b) { return a > b ? a - b : b - a; };
     std::array<std::array<u8, 64>, 64> table{};
     for (i32 a = 0; a < 64; ++a) {
