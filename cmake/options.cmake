@@ -75,7 +75,7 @@ else()
     set(CMAKE_INTERPROCEDURAL_OPTIMIZATION ON)
     # Linking every test with link-time optimisation takes longer than all compilation. With GCC the objects hold plain
     # code too, and the tests link that; the program under test stays the optimised one.
-    if(TARVELMON_TESTS AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    if(TARVELMON_TESTS AND NOT WIN32 AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
       set(CMAKE_CXX_COMPILE_OPTIONS_IPO -flto=auto -ffat-lto-objects)
       set(TARVELMON_PLAIN_LINK ON)
     endif()
