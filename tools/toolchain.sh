@@ -121,6 +121,21 @@ missingBuildPackages() {
     has make || has ninja || missing+=(make)
 }
 
+# Debian's Wine has its programs in a folder of its own, and commands only where alternatives are set up.
+hasWine() {
+    has wine64 || has wine || [ -x /usr/lib/wine/wine64 ]
+}
+
+canRunWindows() {
+    has x86_64-w64-mingw32-g++-posix && hasWine
+}
+
+# Collects in `missing` the packages that build the programs for Windows and run them here.
+missingWindowsPackages() {
+    has x86_64-w64-mingw32-g++-posix || missing+=(g++-mingw-w64-x86-64-posix)
+    hasWine || missing+=(wine wine64)
+}
+
 # What is there after an installation can still be too old: says so, and fails.
 checkBuildTools() {
     if ! compilesCxx20; then
