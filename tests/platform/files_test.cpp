@@ -78,6 +78,20 @@ TEST_F(Files, TellTheirSizeAndAreReadFromAnyByteOn) {
     std::fclose(file);
 }
 
+TEST_F(Files, AreWrittenAnewOrAtTheirEnd) {
+    const std::string path = write("old", "a long content\n");
+    for (std::FILE* (*const open)(const char*) : {createFile, openForAppending}) {
+        std::FILE* file = open(path.c_str());
+        ASSERT_NE(file, nullptr);
+        std::fputs("a\n", file);
+        std::fclose(file);
+    }
+    std::ifstream file(path, std::ios::binary);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), "a\na\n");
+    EXPECT_EQ(createFile(folder.c_str()), nullptr);
+    EXPECT_EQ(openForAppending(folder.c_str()), nullptr);
+}
+
 TEST_F(Files, OnlyInMemoryHaveNoSize) {
     char bytes[] = "0123456789";
     std::FILE* stream = fmemopen(bytes, sizeof bytes, "rb");
