@@ -4,6 +4,7 @@
 #include "annotation.h"
 #include "line_source.h"
 #include "output.h"
+#include "page.h"
 #include "worker_pool.h"
 
 #include <deque>
@@ -19,6 +20,7 @@ struct Entry {
     std::size_t missing;  // analyses that are still to come
     bool done;
     std::string output;
+    JudgedGame judged;  // once done
 };
 
 // Where a position that was handed out belongs.
@@ -40,6 +42,7 @@ struct Work {
     bool inGame = false;
     std::vector<Place> places{};
     std::unordered_map<std::string, std::string> earlier{};
+    std::vector<JudgedGame> judged{};  // for the page
     u64 usable = 0;
     bool outputHolds = true;
 };
@@ -49,7 +52,11 @@ struct Work {
 static bool writeReady(Work& work) {
     std::string text;
     while (!work.queue.empty() && work.queue.front().done) {
-        text += work.queue.front().output;
+        Entry& entry = work.queue.front();
+        text += entry.output;
+        if (!work.options.htmlFile.empty() && !entry.judged.moves.empty()) {
+            work.judged.push_back(std::move(entry.judged));
+        }
         work.queue.pop_front();
         ++work.firstInQueue;
         ++work.progress.done;
@@ -98,7 +105,7 @@ static bool takeGame(Work& work, Game& game) {
 // Puts the next game into the queue. True if it has to be searched.
 static bool beginGame(Work& work, Game& game) {
     Entry& entry =
-        work.queue.emplace_back(Entry{std::move(game), work.options.files[work.file], {}, 0, true, {}});
+        work.queue.emplace_back(Entry{std::move(game), work.options.files[work.file], {}, 0, true, {}, {}});
     if (!entry.game.fault.empty()) {
         complain(work.progress, entry.file + ":" + std::to_string(entry.game.faultLine) + ": " +
                                     entry.game.fault + "; the game is left as it is");
@@ -156,10 +163,10 @@ static bool takeAnswer(Work& work, u64 number, const Analysis& analysis) {
     if (--entry.missing > 0) {
         return true;
     }
-    const JudgedGame judged = judgeGame(entry.game, entry.analyses);
+    entry.judged = judgeGame(entry.game, entry.analyses);
     entry.output = work.options.json
-                       ? annotatedJson(entry.game, entry.analyses, judged)
-                       : annotatedGame(entry.game, entry.analyses, judged, work.options.threshold);
+                       ? annotatedJson(entry.game, entry.analyses, entry.judged)
+                       : annotatedGame(entry.game, entry.analyses, entry.judged, work.options.threshold);
     entry.done = true;
     ++work.progress.searched;
     return writeReady(work);
@@ -213,5 +220,11 @@ i32 analyseGames(const Options& options) {
         complain(work.progress, "tarvelmon-analyse: there is no game in the input");
         return 1;
     }
-    return 0;
+    if (!options.htmlFile.empty()) {
+        fault = writePage(options.htmlFile, gamesPage(work.judged, options.threshold));
+    }
+    if (!fault.empty()) {
+        complain(work.progress, fault);
+    }
+    return fault.empty() ? 0 : 1;
 }

@@ -74,6 +74,8 @@ static void describe(CLI::App& app, Options& options, RawOptions& raw) {
         ->check(CLI::Range(0.05, 100.0));
     app.add_flag("--json", options.json, "One JSON object a line");
     app.add_flag("--acs", raw.acs, "Write the seconds also where no clock limits the search");
+    app.add_option("--html", options.htmlFile,
+                   "With --pgn or --suite: write a page of charts and tables to this file");
     app.add_flag("--suite", options.suite, "Judge bm and am, and end with a table");
 }
 
@@ -89,6 +91,12 @@ static bool settle(Options& options, const RawOptions& raw, i32& status) {
     }
     if (options.pgn && options.suite) {
         return refuse("--suite and --pgn do not go together", status);
+    }
+    if (!options.htmlFile.empty() && !options.pgn && !options.suite) {
+        return refuse("--html needs --pgn or --suite", status);
+    }
+    if (!options.htmlFile.empty() && options.pgn && !options.resumeFile.empty()) {
+        return refuse("--html and --resume do not go together with --pgn", status);
     }
     if (options.pgn && options.json && !options.resumeFile.empty()) {
         return refuse("--resume and --json do not go together with --pgn", status);

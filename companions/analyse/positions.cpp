@@ -4,6 +4,7 @@
 #include "epd.h"
 #include "line_source.h"
 #include "output.h"
+#include "page.h"
 #include "suite.h"
 #include "worker_pool.h"
 
@@ -287,6 +288,17 @@ static std::string table(const Work& work) {
     return jsonLine({{"positions", work.results.size()}, {"solved", solved}});
 }
 
+static bool pageIsWritten(const Work& work) {
+    if (work.options.htmlFile.empty()) {
+        return true;
+    }
+    const std::string fault = writePage(work.options.htmlFile, suitePage(work.results));
+    if (!fault.empty()) {
+        complain(work.progress, fault);
+    }
+    return fault.empty();
+}
+
 i32 analysePositions(const Options& options) {
     Work work{options, {options.files, options.lines}};
     work.progress = startProgress(0);
@@ -307,8 +319,8 @@ i32 analysePositions(const Options& options) {
                  [&] { showProgress(work.progress, false); }});
     endProgress(work.progress);
     const i32 status = statusOf(work, end);
-    if (status == 0 && options.suite && !writeOut(table(work))) {
-        return 1;
+    if (status != 0 || !options.suite) {
+        return status;
     }
-    return status;
+    return writeOut(table(work)) && pageIsWritten(work) ? 0 : 1;
 }

@@ -135,7 +135,7 @@ class Games(AnalyseTest):
     @unittest.skipIf(chess is None, "python-chess cannot be imported")
     def test_python_chess_reads_all_of_it_back(self):
         given = random_games(int(os.environ.get("TARVELMON_GAMES", "30")), 60)
-        output = self.analyse("--pgn", "--depth", "1", given=given)
+        output = self.analyse("--pgn", "--depth", "1", "--hash", "1", given=given)
         before, after = io.StringIO(given), io.StringIO(output)
         while True:
             old, new = chess.pgn.read_game(before), chess.pgn.read_game(after)
@@ -160,7 +160,7 @@ class Games(AnalyseTest):
     @unittest.skipIf(chess is None or PGN_EXTRACT is None, "python-chess and pgn-extract are needed")
     def test_pgn_extract_reads_it_without_a_complaint(self):
         count = int(os.environ.get("TARVELMON_GAMES", "30"))
-        output = self.write("out.pgn", self.analyse("--pgn", "--depth", "1", given=random_games(count, 60)))
+        output = self.write("out.pgn", self.analyse("--pgn", "--depth", "1", "--hash", "1", given=random_games(count, 60)))
         done = subprocess.run([PGN_EXTRACT, "-r", output], stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
                               text=True, timeout=PATIENCE, check=True)
         self.assertIn(f"{count} games matched out of {count}.", done.stdout)

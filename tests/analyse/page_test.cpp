@@ -1,0 +1,40 @@
+#include "page.h"
+#include "chart.h"
+
+#include <gtest/gtest.h>
+
+TEST(Page, WhatHasAMeaningInHtmlIsEscaped) {
+    EXPECT_EQ(escaped("<a> & \"b\""), "&lt;a&gt; &amp; &quot;b&quot;");
+    EXPECT_EQ(escaped("\xC3\xA9\xE9 \xE2\x82"), "\xC3\xA9? ??");
+}
+
+TEST(Page, TicksStandAtRoundNumbers) {
+    const std::vector<ChartTick> ticks = roundTicks(0, 33, 4);
+    ASSERT_EQ(ticks.size(), 4U);
+    EXPECT_EQ(ticks[1].text, "10");
+    EXPECT_EQ(roundTicks(0, 0.12, 5).back().text, "0.1");
+}
+
+TEST(Page, AChartHasItsPointsWhereTheyBelong) {
+    const Chart chart{"t", "x",   "y",  {{0, 0, "low", false}, {10, 5, "high", true}}, {}, {}, 0, 10, 0,
+                      5,   false, false};
+    const std::string svg = chartSvg(chart);
+    EXPECT_NE(svg.find("d=\"M38.0 152.0L390.0 26.0\""), std::string::npos) << svg;
+    EXPECT_NE(svg.find("<circle class=\"mark\" cx=\"390.0\" cy=\"26.0\""), std::string::npos);
+}
+
+TEST(Page, AverageLossesAreThoseOfTheMoves) {
+    const std::string men(64, ' ');
+    const JudgedGame game{"A<",
+                          "B",
+                          "?",
+                          "1-0",
+                          {{"1.", "e4", true, true, 10, 60, "d4", men, 12, 28},
+                           {"1...", "e5", false, true, 20, 0, "", men, 52, 36},
+                           {"2.", "Ke2", true, true, -200, 240, "Nf3", men, 4, 12}}};
+    const std::string page = gamesPage({game}, 50);
+    EXPECT_NE(page.find("<tr><td>A&lt;</td><td>2</td><td>1.50</td><td>0</td><td>1</td></tr>"),
+              std::string::npos);
+    EXPECT_NE(page.find("<tr><td>B</td><td>1</td><td>0.00</td><td>0</td><td>0</td></tr>"), std::string::npos);
+    EXPECT_LT(page.find("2. Ke2 lost 2.40. Better: Nf3"), page.find("1. e4 lost 0.60. Better: d4"));
+}
