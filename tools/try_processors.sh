@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds the tests for other processors and runs under emulation those that tell most: search, evaluation and moves by
-# the golden lists, the book, and tables as they are read from files. Says a table at the end. Not part of ./test: it
+# Builds the tests for other processors and runs under emulation those that tell most: the golden lists written anew and
+# compared to the byte, then search, evaluation, moves, the book, and tables as they are read from files. Says a table at the end. Not part of ./test: it
 # takes an hour or so of one processor.
 #
 # usage: try_processors.sh [PRESET...]        without any: i686 arm64 s390x
@@ -28,6 +28,15 @@ stages=(
     "book        book_test       *"
     "tables      tablebase_test  -*Playout*"
     "settings    frontend_test   *"
+)
+
+# Lists that are written anew: the list, and what names its positions. That of full searches takes twenty minutes or so.
+lists=(
+    "moves.txt moves.txt"
+    "see.txt see.txt"
+    "user.txt user.in"
+    "eval.txt eval.txt"
+    "search-full.txt search-full.txt"
 )
 
 installMissing() {
@@ -64,7 +73,7 @@ emulatorOf() {
 
 # Every program has its folder, so that a stage that fails tells its own build.
 build() {
-    local folder=$top/build-$1 targets=() launcher=() stage
+    local folder=$top/build-$1 targets=(list_writer) launcher=() stage
     for stage in "${stages[@]}"; do
         read -r _ program _ <<<"$stage"
         targets+=("$program")
@@ -82,7 +91,7 @@ rows=()
 failures=0
 
 row() {
-    rows+=("$(printf '%-8s %-12s %7s %7s %7s %8s' "$@")")
+    rows+=("$(printf '%-9s %-16s %7s %7s %7s %8s' "$@")")
     say "${rows[-1]}"
 }
 
@@ -102,6 +111,19 @@ runStage() {
     row "$preset" "$name" "$passed" "$failed" "$skipped" "$((SECONDS - begun))"
 }
 
+# Writes one list anew; counts lines, all of them failed if a byte differs.
+runList() {
+    local preset=$1 list=$2 input=$3 golden=$top/tests/data/golden written=$top/build-$1/$2 begun=$SECONDS count
+    count=$(wc -l <"$golden/$list")
+    if "$(emulatorOf "$preset")" "$top/build-$preset/tests/list_writer" "$list" <"$golden/$input" >"$written" 2>&1 &&
+        cmp "$written" "$golden/$list" >&2; then
+        row "$preset" "$list" "$count" 0 0 "$((SECONDS - begun))"
+    else
+        failures=$((failures + 1))
+        row "$preset" "$list" 0 "$count" 0 "$((SECONDS - begun))"
+    fi
+}
+
 cd "$top"
 installMissing
 row processor stage passed failed skipped seconds
@@ -113,6 +135,10 @@ for preset in "${presets[@]}"; do
         continue
     fi
     row "$preset" "(build)" - - - "$((SECONDS - begun))"
+    for list in "${lists[@]}"; do
+        read -r name input <<<"$list"
+        runList "$preset" "$name" "$input"
+    done
     for stage in "${stages[@]}"; do
         read -r name program filter <<<"$stage"
         runStage "$preset" "$name" "$program" "$filter"
