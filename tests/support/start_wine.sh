@@ -4,5 +4,6 @@
 set -e
 mkdir -p "$WINEPREFIX"
 exec </dev/null >/dev/null 2>&1
+"$2" -k || : # what a broken run has left
 "$2" -p
 "$1" wineboot -i
