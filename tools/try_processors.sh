@@ -20,13 +20,13 @@ presets=("$@")
 # full depth, which every processor makes alike if it makes the shorter ones alike, are left to the builds that are fast.
 stages=(
     "bits        platform_test   *"
-    "moves       board_test      -*Perft*:*perft*"
-    "hash        hash_test       *"
-    "evaluation  eval_test       *"
+    "moves       board_test      -*Perft*:*FullDepth*"
+    "hash        hash_test       -*FullDepth*"
+    "evaluation  eval_test       -*FullDepth*"
     "searches    search_test     -*FullDepth*"
     "material    material_test   -*FullDepth*"
     "book        book_test       *"
-    "tables      tablebase_test  -*Playout*"
+    "tables      tablebase_test  -*Playout*:*FullDepth*"
     "settings    frontend_test   *"
 )
 
