@@ -145,10 +145,12 @@ std::vector<ChartTick> roundTicks(double low, double high, i32 about) {
     const double power = std::pow(10.0, std::floor(std::log10(rough)));
     const double step = power * (rough / power > 5 ? 10 : rough / power > 2 ? 5 : rough / power > 1 ? 2 : 1);
     std::vector<ChartTick> ticks;
-    for (double at = std::ceil(low / step) * step; at <= high + step / 1000; at += step) {
+    const i64 last = std::lround(std::floor(high / step + 0.001));
+    for (i64 i = std::lround(std::ceil(low / step)); i <= last; ++i) {
+        const double at = static_cast<double>(i) * step;
         char text[32];
-        std::snprintf(text, sizeof text, "%g", std::abs(at) < step / 1000 ? 0.0 : at);
-        ticks.push_back({std::abs(at) < step / 1000 ? 0 : at, text});
+        std::snprintf(text, sizeof text, "%g", at);
+        ticks.push_back({at, text});
     }
     return ticks;
 }

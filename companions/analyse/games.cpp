@@ -176,7 +176,7 @@ static bool takeAnswer(Work& work, u64 number, const Analysis& analysis) {
 
 static std::string readAll(Work& work) {
     for (const std::string& file : work.options.files) {
-        const std::string fault = readWhole(file, work.texts.emplace_back());
+        std::string fault = readWhole(file, work.texts.emplace_back());
         if (!fault.empty()) {
             return fault;
         }

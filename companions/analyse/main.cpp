@@ -7,6 +7,7 @@
 #include "worker_pool.h"
 
 #include <cstdio>
+#include <exception>
 #include <new>
 
 int main(int argc, char** argv) {
@@ -21,6 +22,8 @@ int main(int argc, char** argv) {
         return options.pgn ? analyseGames(options) : analysePositions(options);
     } catch (const std::bad_alloc&) {
         std::fputs("tarvelmon-analyse: there is not enough memory\n", stderr);
-        return 1;
+    } catch (const std::exception& fault) {
+        std::fprintf(stderr, "tarvelmon-analyse: %s\n", fault.what());
     }
+    return 1;
 }

@@ -8,6 +8,7 @@
 #include "suite.h"
 #include "worker_pool.h"
 
+#include <cmath>
 #include <deque>
 #include <fstream>
 #include <nlohmann/json.hpp>
@@ -162,7 +163,7 @@ static bool readEarlierJson(const std::string& text, const Options& options, std
 // Whole lines alone: the last may have been cut off.
 static std::string readEarlier(Work& work) {
     std::string text;
-    const std::string fault = readWhole(work.options.resumeFile, text);
+    std::string fault = readWhole(work.options.resumeFile, text);
     std::size_t begin = 0;
     for (std::size_t end = text.find('\n'); end != std::string::npos; end = text.find('\n', begin)) {
         const std::string line = text.substr(begin, end - begin);
@@ -186,7 +187,7 @@ static SuiteResult earlierResult(const Entry& entry, const Options& options) {
     const std::vector<std::string> id = operandsOf(entry.epd, "id");
     const double seconds = object.value("solved_seconds", -1.0);
     return {id.empty() ? "" : id.front(), object.value("solved_depth", 0),
-            seconds < 0 ? -1 : static_cast<i32>(seconds * 1000 + 0.5)};
+            seconds < 0 ? -1 : static_cast<i32>(std::lround(seconds * 1000))};
 }
 
 static bool takeEarlier(Work& work, Entry& entry) {

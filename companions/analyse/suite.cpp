@@ -8,6 +8,7 @@
 #include "words.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 // ---- the task -------------------------------------------------------------------------------------------------
@@ -91,7 +92,7 @@ bool readSuiteResult(const EpdLine& line, SuiteResult& result) {
         result.depth = depth;
     }
     if (read == 2) {
-        result.milliseconds = static_cast<i32>(seconds * 1000 + 0.5);
+        result.milliseconds = static_cast<i32>(std::lround(seconds * 1000));
     }
     return read >= 1 || operands.front() == "not solved";
 }

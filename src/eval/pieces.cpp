@@ -59,8 +59,8 @@ constexpr std::array<i32, 9> knightPawnAdjust = {-20, -16, -12, -8, -4, 0, 4, 8,
 
 i32 knightTerms(Pass& pass) {
     const TBB men = pass.ownKnights;
-    i32 score =
-        popCount(men) * knightPawnAdjust[pass.pawnSets.countIndex] + outpost * stepsMeeting(men, pass.pawnSets.outposts);
+    i32 score = popCount(men) * knightPawnAdjust[pass.pawnSets.countIndex] +
+                outpost * stepsMeeting(men, pass.pawnSets.outposts);
     if ((men & knightTrapSquares) != 0) {
         score -= trappedKnight * stepsMeeting(men, trapSquares(knightTraps, pass.enemyPawns));
     }
