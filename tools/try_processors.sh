@@ -82,7 +82,7 @@ build() {
         launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
     fi
     mkdir -p "$folder"
-    cmake --preset "$1" -DTARVELMON_LTO=OFF -DTARVELMON_ANALYSE=OFF "${launcher[@]}" </dev/null >"$folder/configure.log" 2>&1 &&
+    cmake --preset "$1" -DTARVELMON_LTO=OFF "${launcher[@]}" </dev/null >"$folder/configure.log" 2>&1 &&
         cmake --build "$folder" --parallel "$(jobCount)" --target "${targets[@]}" tarvelmon book \
             </dev/null >"$folder/build.log" 2>&1
 }
