@@ -7,10 +7,10 @@ import os
 import signal
 import subprocess
 import sys
-import tempfile
 import unittest
 
 from engine import PATIENCE
+from scratch_folder import ScratchFolderTest
 
 PROGRAM = os.path.abspath(os.environ.get("TARVELMON_ANALYSE") or "/nonexistent")
 SUITES = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "data", "suites")
@@ -35,20 +35,7 @@ def children(process):
 
 
 @unittest.skipUnless(os.path.exists(PROGRAM), "tarvelmon-analyse is not built")
-class AnalyseTest(unittest.TestCase):
-
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = folder.name
-
-    def path(self, name):
-        return os.path.join(self.folder, name)
-
-    def write(self, name, text):
-        with open(self.path(name), "w", encoding="utf-8") as file:
-            file.write(text)
-        return self.path(name)
+class AnalyseTest(ScratchFolderTest):
 
     def analyse(self, *arguments, given="", status=0):
         """Runs the program to its end; returns what it writes. `errors` is what it says beside."""

@@ -2,28 +2,16 @@
 
 import os
 import subprocess
-import tempfile
 import unittest
 
 from engine import PATIENCE
+from scratch_folder import ScratchFolderTest
 
 TOOL = os.environ.get("TARVELMON_BOOK", "")
 
 
-class BookToolTest(unittest.TestCase):
-
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = folder.name
-
-    def path(self, name):
-        return os.path.join(self.folder, name)
-
-    def write(self, name, text):
-        with open(self.path(name), "w", encoding="latin-1") as file:
-            file.write(text)
-        return self.path(name)
+class BookToolTest(ScratchFolderTest):
+    encoding = "latin-1"
 
     def run_tool(self, *arguments, status=0, limits=()):
         done = subprocess.run([*limits, os.path.abspath(TOOL), *arguments], cwd=self.folder, stdin=subprocess.DEVNULL,
