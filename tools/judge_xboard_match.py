@@ -10,10 +10,9 @@ import re
 import sys
 
 HERE = os.path.dirname(os.path.abspath(__file__))
-sys.path.insert(0, os.path.join(HERE, "..", "tests", "driver"))
 sys.path.insert(0, HERE)
+from match.notation import san  # noqa: E402
 from chess_rules import Game  # noqa: E402
-from referee import san  # noqa: E402
 
 # Words that interfaces send and the engine does not know; it answers each with this line, which interfaces expect.
 UNKNOWN_COMMANDS = ("accepted", "rejected", "random", "computer", "result", "hint", "draw", "bk", "rating", "variant",

@@ -97,6 +97,8 @@ def main():
             game, side = Game(), False
         elif word == "force":
             side = None
+        elif word == "ping":
+            say("pong " + rest)
         elif word == "go":
             side = game.position.white
             reply(game, fault)

@@ -7,7 +7,11 @@ import sys
 import unittest
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "tools"))
-from referee import Options, play_match  # noqa: E402
+from match.engines import parse_engine  # noqa: E402
+from match.judge import Options  # noqa: E402
+from match.openings import RandomOpenings  # noqa: E402
+from match.report import Tally  # noqa: E402
+from match.schedule import Match, plan  # noqa: E402
 from driven_clock import PRELOADED, PROCESSOR_TIME  # noqa: E402
 
 ENGINE = os.environ["TARVELMON"]
@@ -25,7 +29,10 @@ class Games(unittest.TestCase):
         # Where other work takes the processor away, clocks on the wall say nothing of the engine.
         settings = {**clocks, "ini": INI, "processor_time": True, **options}
         engine = shlex.join((*PROCESSOR_TIME, ENGINE)) if settings["processor_time"] else ENGINE
-        tally = play_match([engine, engine if opponent == ENGINE else opponent], Options(**settings), games)
+        tally = Tally()
+        match = Match(parse_engine(engine), [parse_engine(engine if opponent == ENGINE else opponent)],
+                      Options(**settings), RandomOpenings())
+        match.play(plan(1, games), 1, tally.add)
         self.assertEqual(tally.our_faults + tally.other_faults, [], tally.report())
         self.assertEqual(sum(tally.results.values()), games)
         return tally

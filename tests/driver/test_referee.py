@@ -1,13 +1,16 @@
 """The referee of the games notices what an engine does wrong, and nothing where it does all right."""
 
 import os
+import shlex
 import sys
 import unittest
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 sys.path.insert(0, os.path.join(HERE, "..", "..", "tools"))
-import referee  # noqa: E402
-from referee import Options, RepetitionCounts, play_game  # noqa: E402
+from match import judge  # noqa: E402
+from match.engines import parse_engine  # noqa: E402
+from match.judge import Options, RepetitionCounts, play_game  # noqa: E402
+from match.openings import RandomOpenings  # noqa: E402
 from chess_rules import Game  # noqa: E402
 
 # What the engine does wrong, and a piece of what the referee says of it.
@@ -33,14 +36,19 @@ UCI_FAULTS = {
 
 
 def fake_command(fault):
-    return f"{sys.executable} -B {os.path.join(HERE, 'fake_engine.py')} '{fault}'"
+    return shlex.join((sys.executable, "-B", os.path.join(HERE, "fake_engine.py"), fault))
+
+
+def play(commands, options, number=0):
+    return play_game([parse_engine(command) for command in commands], options, RandomOpenings().of_pair(number // 2),
+                     number)
 
 
 def play_fake(fault, opponent="random", number=0):
     command = fake_command(fault)
     # Short of time is only who comes too late.
     seconds = 1.0 if fault == "late" else 600.0
-    return play_game([command, opponent], Options(seconds=seconds, increment=0.01, max_plies=60), number)
+    return play([command, opponent], Options(seconds=seconds, increment=0.01, max_plies=60), number)
 
 
 class Referee(unittest.TestCase):
@@ -54,7 +62,7 @@ class Referee(unittest.TestCase):
     def test_every_fault_of_uci_is_noticed(self):
         for fault, words in UCI_FAULTS.items():
             with self.subTest(fault):
-                record = play_game(["uci:" + fake_command(fault), "random"],
+                record = play(["uci:" + fake_command(fault), "random"],
                                    Options(seconds=1.0 if fault == "late" else 20.0, increment=0.01, max_plies=30,
                                            ponder="first"), 0)
                 self.assertIn(words, str(record.fault))
@@ -62,7 +70,7 @@ class Referee(unittest.TestCase):
 
     def test_a_faultless_game_over_uci_has_no_fault(self):
         for number in range(4):
-            record = play_game(["uci:" + fake_command(""), "uci:" + fake_command("")],
+            record = play(["uci:" + fake_command(""), "uci:" + fake_command("")],
                                Options(seconds=20.0, increment=0.01, max_plies=30, ponder="first"), number)
             self.assertIsNone(record.fault)
             self.assertGreater(record.ponder_searches, 5)
@@ -70,7 +78,7 @@ class Referee(unittest.TestCase):
     def test_nobody_can_mate_with_bare_kings_one_knight_or_bishops_of_one_colour(self):
         for men, held in (("4k3/8/8/8/8/8/8/4K3", True), ("4k3/8/8/8/8/8/8/3NK3", True), ("4k3/5b2/8/8/8/8/6B1/4K3", True),
                           ("4k3/5b2/8/8/8/8/7B/4K3", False), ("4k3/8/8/8/8/8/8/3NKN2", False), ("4k3/8/8/8/8/8/P7/4K3", False)):
-            self.assertEqual(referee.nobody_can_mate(Game(men + " w - - 0 1").position), held, men)
+            self.assertEqual(judge.nobody_can_mate(Game(men + " w - - 0 1").position), held, men)
 
     def test_a_faultless_game_has_no_fault(self):
         for number in range(4):
@@ -79,8 +87,8 @@ class Referee(unittest.TestCase):
             self.assertIn(record.reason, ("length", "checkmate", "stalemate", "repetition", "fifty moves"))
 
     def test_a_repetition_that_is_not_announced_is_noticed(self):
-        self.addCleanup(setattr, referee, "RESULT_SECONDS", referee.RESULT_SECONDS)
-        referee.RESULT_SECONDS = 0.5
+        self.addCleanup(setattr, judge, "RESULT_SECONDS", judge.RESULT_SECONDS)
+        judge.RESULT_SECONDS = 0.5
         record = play_fake("", fake_command(""))  # both step to and fro
         self.assertIn("does not announce ['1/2-1/2 {Draw by repetition}']", str(record.fault))
 
