@@ -28,22 +28,26 @@ tarvelmon-gui those of the laws; their faults make the exit status 1. A fault lo
 """
 
 import argparse
+import dataclasses
 import datetime
 import os
+import signal
 import sys
 
 from match.engines import EngineError, parse_engine, read_engines
+from match.journal import Journal, JournalError
 from match.judge import Options
 from match.notation import pgn
 from match.openings import FileOpenings, OpeningError, RandomOpenings
 from match.report import Tally, place
 from match.schedule import Match, plan
+from match.statistics import Sprt
 
 KNOWN_ENGINES = os.path.join(os.path.dirname(os.path.abspath(__file__)), "match", "engines.ini")
 INI = "[ENGINE]\nHashSize=64\nPawnHashSize=16\n[BOOK]\nBook=0\n[TABLEBASE]\nSyzygy=0\n"
 
 
-def parse_arguments():
+def argument_parser():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("first")
     parser.add_argument("opponents", nargs="+", metavar="opponent")
@@ -56,7 +60,11 @@ def parse_arguments():
     parser.add_argument("--opening-plies", type=int, metavar="N",
                         help="random moves (6 by default), or the most that is played of a line of the file")
     parser.add_argument("--seed", type=int, default=1, help="of the random moves or the order of the openings")
-    parser.add_argument("--pgn", metavar="FILE", help="the games are added to it")
+    parser.add_argument("--pgn", metavar="FILE", help="the games are added to it, and FILE.state keeps record of them")
+    parser.add_argument("--resume", action="store_true", help="go on with the match on record, without repeating a game; "
+                        "--games and --jobs may differ")
+    parser.add_argument("--sprt", dest="sprt_text", metavar="ELO0,ELO1[,ALPHA,BETA]", help="stop when the test has "
+                        "decided between a difference of ELO0 and one of ELO1, with these errors (0.05 each)")
     parser.add_argument("--ponder", choices=("none", "ours", "first", "both"), default="none")
     parser.add_argument("--max-plies", type=int, default=400, help="a longer game is a draw")
     parser.add_argument("--ini", default=INI, help="text of tarvelmon.ini")
@@ -64,6 +72,11 @@ def parse_arguments():
     parser.add_argument("--depth", type=int, default=0, help="plies an engine may search")
     parser.add_argument("--sigint", action="store_true", help="send SIGINT ahead of every command, as interfaces do")
     parser.add_argument("--logs", metavar="FOLDER", help="for the conversations of games with a fault")
+    return parser
+
+
+def parse_arguments(parser):
+    """The arguments, with the engines, openings and times read; ends the process where one cannot be."""
     arguments = parser.parse_args()
     if arguments.games < 2 or arguments.games % 2:
         parser.error("--games must be an even number: games come in pairs")
@@ -74,6 +87,16 @@ def parse_arguments():
         arguments.seconds, arguments.increment = float(seconds), float(increment or 0)
     except ValueError:
         parser.error(f"no time control: {arguments.time}")
+    arguments.sprt = None
+    if arguments.sprt_text:
+        if len(arguments.opponents) > 1:
+            parser.error("--sprt is for two engines")
+        try:
+            arguments.sprt = Sprt(*(float(number) for number in arguments.sprt_text.split(",")))
+        except (ValueError, TypeError) as error:
+            parser.error(f"--sprt {arguments.sprt_text}: {error}")
+    if arguments.resume and not arguments.pgn:
+        parser.error("--resume needs --pgn")
     try:
         known = read_engines(KNOWN_ENGINES)
         if arguments.engines:
@@ -89,28 +112,61 @@ def parse_arguments():
     return arguments
 
 
-class Output:
-    """Tells of each game as it ends."""
+def match_settings(arguments, options):
+    """All that must be the same when a match goes on."""
+    return {"first": arguments.first.description(),
+            "opponents": [engine.description() for engine in arguments.opponents],
+            "openings": arguments.openings.description(), "sprt": arguments.sprt and arguments.sprt_text,
+            **{key: value for key, value in dataclasses.asdict(options).items() if key != "processor_time"}}
 
-    def __init__(self, arguments):
+
+class Referee:
+    """Plays a match, and tells of each game as it ends."""
+
+    def __init__(self, arguments, options, journal):
         self.arguments = arguments
+        self.options = options
+        self.journal = journal
         self.tally = Tally()
 
+    def play(self):
+        """Plays what is not on record yet."""
+        tasks = plan(len(self.arguments.opponents), self.arguments.games)
+        if self.journal and self.journal.played:
+            for task, record in self.journal.played:
+                self.tally.add(task, record)
+            played = {task for task, _ in self.journal.played}
+            tasks = [task for task in tasks if task not in played]
+            print(f"{len(played)} games are on record, {len(tasks)} are to be played", flush=True)
+            if self.has_verdict():
+                return
+        match = Match(self.arguments.first, self.arguments.opponents, self.options, self.arguments.openings)
+        match.play(tasks, self.arguments.jobs, self.on_game)
+
     def on_game(self, task, record):
+        """Takes note of a game; true when the match is decided."""
         self.tally.add(task, record)
         print(f"{place(task)}: {record.white} - {record.black} {record.result} {record.fault or record.reason} "
               f"({len(record.moves)} plies)", flush=True)
-        if self.arguments.pgn:
-            self.write_pgn(task, record)
+        if self.journal:
+            self.journal.add(task, record, pgn(record, self.tags(task)))
         if self.arguments.logs and record.fault:
             self.write_logs(task, record)
-        return False
+        score = self.tally.scores[task.opponent]
+        if (task.pair, 1 - task.leg) not in score.points:
+            return False
+        line = score.line()
+        if self.arguments.sprt:
+            line += ", " + self.arguments.sprt.state_text(score.pairs())
+        print(line, flush=True)
+        return self.has_verdict()
 
-    def write_pgn(self, task, record):
-        tags = {"Event": "Referee", "Site": "?", "Date": datetime.date.today().strftime("%Y.%m.%d"),
-                "Round": f"{task.pair + 1}.{task.leg + 1}", "TimeControl": self.arguments.time}
-        with open(self.arguments.pgn, "a", encoding="latin-1", errors="replace") as file:
-            file.write(pgn(record, tags))
+    def has_verdict(self):
+        return bool(self.arguments.sprt and self.arguments.sprt.verdict(self.tally.scores[0].pairs()))
+
+    def tags(self, task):
+        return {"Event": "Referee", "Site": "?", "Date": datetime.date.today().strftime("%Y.%m.%d"),
+                "Round": f"{task.pair + 1}.{task.leg + 1}", "TimeControl": time_control_tag(self.options)}
 
     def write_logs(self, task, record):
         os.makedirs(self.arguments.logs, exist_ok=True)
@@ -119,17 +175,42 @@ class Output:
             with open(os.path.join(self.arguments.logs, name), "w", encoding="latin-1") as file:
                 file.write("\n".join(log) + "\n")
 
+    def report(self):
+        print(self.tally.report())
+        if self.arguments.sprt:
+            print(self.arguments.sprt.verdict_text(self.tally.scores[0].pairs()), flush=True)
+
+
+def time_control_tag(options):
+    return f"{options.seconds:g}" + (f"+{options.increment:g}" if options.increment else "")
+
+
+def stop(signal_number, frame):
+    raise KeyboardInterrupt
+
 
 def main():
-    arguments = parse_arguments()
+    parser = argument_parser()
+    arguments = parse_arguments(parser)
     options = Options(arguments.seconds, arguments.increment, arguments.ponder, arguments.max_plies,
                       arguments.ini.replace("\\n", "\n"), arguments.seed, arguments.sigint, arguments.margin,
                       arguments.depth)
-    output = Output(arguments)
-    match = Match(arguments.first, arguments.opponents, options, arguments.openings)
-    match.play(plan(len(arguments.opponents), arguments.games), arguments.jobs, output.on_game)
-    print(output.tally.report())
-    return 1 if output.tally.our_faults else 0
+    try:
+        journal = Journal(arguments.pgn, match_settings(arguments, options), arguments.resume) if arguments.pgn else None
+    except (JournalError, OSError) as error:
+        parser.error(str(error))
+    referee = Referee(arguments, options, journal)
+    signal.signal(signal.SIGTERM, stop)
+    stopped = False
+    try:
+        referee.play()
+    except KeyboardInterrupt:
+        stopped = True
+    referee.report()
+    if stopped:
+        print("stopped" + ("; the same command with --resume goes on" if journal else ""))
+        return 130
+    return 1 if referee.tally.our_faults else 0
 
 
 if __name__ == "__main__":

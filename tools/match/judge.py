@@ -50,6 +50,7 @@ class GameRecord:
     moves: list = dataclasses.field(default_factory=list)
     start_fen: str = START_FEN
     fault: Fault = None
+    fault_is_ours: bool = False
     untrue_claims: int = 0
     unannounced: int = 0
     overruns: dict = dataclasses.field(default_factory=dict)
@@ -301,16 +302,23 @@ def play_game(engines, options, opening, number):
                 player.finish()
             except Fault as caught:
                 fault = fault or caught
-    players += [None] * (2 - len(players))
-    ends_by_fault = fault is not None and reason == ""
-    names = _display_names(engines, players, order)
-    real = [player for player in players if player]
-    record = GameRecord(
-        *names, result, str(fault) if ends_by_fault else reason,
-        fault.kind if ends_by_fault else "adjudication" if reason in ADJUDICATED else "normal",
-        fault=fault, start_fen=opening.fen, ponder_searches=sum(player.ponder_searches for player in real),
-        overruns={player.name: player.longest_overrun for player in real},
-        logs=[player.engine.log for player in real if not isinstance(player, RandomPlayer)])
+    names = _display_names(engines, players + [None] * (2 - len(players)), order)
+    return _record(names, players, judged, opening, (result, reason), fault)
+
+
+def _record(names, players, judged, opening, outcome, fault):
+    """The record of a game; a fault without an outcome is what ended it."""
+    result, reason = outcome
+    record = GameRecord(*names, result, reason, start_fen=opening.fen)
+    if fault:
+        record.fault, record.fault_is_ours = fault, fault.player.is_ours
+    if not reason:
+        record.reason, record.termination = str(fault), fault.kind
+    elif reason in ADJUDICATED:
+        record.termination = "adjudication"
+    record.ponder_searches = sum(player.ponder_searches for player in players)
+    record.overruns = {player.name: player.longest_overrun for player in players}
+    record.logs = [player.engine.log for player in players if not isinstance(player, RandomPlayer)]
     if judged:
         record.moves, record.borrowed = judged.game.moves, judged.borrowed
         record.untrue_claims, record.unannounced = judged.untrue_claims, judged.unannounced

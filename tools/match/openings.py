@@ -147,11 +147,21 @@ def _checked_fen(place, line):
         well_formed = (len(rows) == 8 and all(sum(int(c) if c.isdigit() else 1 for c in row) == 8 for row in rows)
                        and re.match(r"[1-8pnbrqkPNBRQK/]+$", fields[0]) and fields[1] in ("w", "b")
                        and re.match(r"-$|K?Q?k?q?$", fields[2]) and re.match(r"-$|[a-h][36]$", fields[3]))
-        kings = sorted(man for man in position.board if man in "Kk") == ["K", "k"]
     except (ValueError, IndexError):
-        well_formed = kings = False
-    if not well_formed or not kings or position.in_check(not position.white):
+        well_formed = False
+    if not well_formed or not _is_possible(position):
         raise OpeningError(f"{place}: no position to play from: {line}")
     if not position.has_legal_move():
         raise OpeningError(f"{place}: the game has ended already")
     return position.fen()
+
+
+def _is_possible(position):
+    """One king each, the other side's not attacked; pawns not on the last ranks; king and rook where they may castle."""
+    board = position.board
+    homes = {"K": ("K", 4, 7), "Q": ("K", 4, 0), "k": ("k", 60, 63), "q": ("k", 60, 56)}
+    return (sorted(man for man in board if man in "Kk") == ["K", "k"]
+            and not any(man in "Pp" for man in board[:8] + board[56:])
+            and all(board[king_square] == king and board[rook_square] == ("R" if king == "K" else "r")
+                    for king, king_square, rook_square in (homes[right] for right in position.rights))
+            and not position.in_check(not position.white))

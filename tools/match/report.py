@@ -3,6 +3,9 @@
 import collections
 
 from match.schedule import Task
+from match.statistics import elo_text, pair_counts
+
+HEADINGS = ("opponent", "games", "won", "drawn", "lost", "points", "%", "Elo", "LL", "LD", "DD/WL", "WD", "WW")
 
 
 class Score:
@@ -22,6 +25,27 @@ class Score:
 
     def total(self):
         return sum(self.points.values())
+
+    def pairs(self):
+        return pair_counts(self.points)
+
+    def row(self):
+        """The cells of the table."""
+        return _row(self.name, [self.count(points) for points in (1.0, 0.5, 0.0)], self.pairs())
+
+    def line(self):
+        """The same for one line of running text."""
+        won, drawn, lost = (self.count(points) for points in (1.0, 0.5, 0.0))
+        return (f"against {self.name}: games {len(self.points)} +{won} ={drawn} -{lost}, points {self.total():.1f} "
+                f"({100 * self.total() / len(self.points):.1f} %), Elo {elo_text(self.pairs())}, "
+                f"pairs {' '.join(str(count) for count in self.pairs())}")
+
+
+def _row(name, counts, pairs):
+    games = sum(counts)
+    points = counts[0] + counts[1] / 2
+    return [name, *(str(number) for number in (games, *counts)), f"{points:.1f}", f"{100 * points / games:.1f}",
+            elo_text(pairs), *(str(count) for count in pairs)]
 
 
 class Tally:
@@ -45,8 +69,7 @@ class Tally:
         self.scores[task.opponent].add(task, record)
         self.first = record.white if task.leg == 0 else record.black
         if record.fault:
-            own = getattr(record.fault.player, "is_ours", False)
-            (self.our_faults if own else self.other_faults).append((task, str(record.fault)))
+            (self.our_faults if record.fault_is_ours else self.other_faults).append((task, str(record.fault)))
         winner = {"1-0": record.white, "0-1": record.black}.get(record.result, "draw")
         self.results[winner] += 1
         self.reasons[record.reason if not record.fault else "a fault"] += 1
@@ -62,15 +85,14 @@ class Tally:
     def table(self):
         """Points by opponent, and of all when there are several."""
         scores = [self.scores[opponent] for opponent in sorted(self.scores)]
-        rows = [(score.name, len(score.points), *(score.count(points) for points in (1.0, 0.5, 0.0)), score.total())
-                for score in scores]
-        if len(rows) > 1:
-            rows.append(("all", *(sum(row[column] for row in rows) for column in range(1, 6))))
-        width = max([len("opponent")] + [len(row[0]) for row in rows])
-        lines = [f"{self.first} against", f"{'opponent':<{width}} games   won drawn  lost points      %"]
-        lines += [f"{name:<{width}} {games:5} {won:5} {drawn:5} {lost:5} {points:6.1f} {100 * points / games:6.1f}"
-                  for name, games, won, drawn, lost, points in rows if games]
-        return "\n".join(lines)
+        rows = [list(HEADINGS)] + [score.row() for score in scores]
+        if len(scores) > 1:
+            rows.append(_row("all", [sum(score.count(points) for score in scores) for points in (1.0, 0.5, 0.0)],
+                             [sum(counts) for counts in zip(*(score.pairs() for score in scores))]))
+        widths = [max(len(row[column]) for row in rows) for column in range(len(HEADINGS))]
+        lines = ["  ".join([row[0].ljust(widths[0])] + [cell.rjust(width) for cell, width in zip(row[1:], widths[1:])])
+                 for row in rows]
+        return "\n".join([f"{self.first} (W: it won a game of the pair, D: drew, L: lost)"] + lines)
 
     def report(self):
         lines = [self.table(), f"games {sum(self.results.values())}, plies {self.plies}"]
