@@ -206,6 +206,9 @@ def main():
         referee.play()
     except KeyboardInterrupt:
         stopped = True
+    except EngineError as error:
+        print(f"referee.py: {error}", file=sys.stderr)
+        return 2
     referee.report()
     if stopped:
         print("stopped" + ("; the same command with --resume goes on" if journal else ""))

@@ -14,6 +14,8 @@ import time
 PROTOCOLS = ("xboard", "uci")
 GAMES_FOLDER = "/usr/games"  # where Debian puts engines, often not on the path of root
 END_SECONDS = 60.0
+# What has the system kill an engine when the referee is killed itself.
+END_WITH_REFEREE = ["setpriv", "--pdeathsig", "KILL", "--"] if shutil.which("setpriv") else []
 
 
 class EngineError(Exception):
@@ -133,9 +135,9 @@ class EngineProcess:
         self.log = []
         self.lines = queue.Queue()
         # In a group of its own: an interrupt at the terminal is for the referee alone, and all that the engine starts
-        # ends with it.
-        self.process = subprocess.Popen(command, cwd=folder, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
-                                        stderr=subprocess.PIPE, start_new_session=True,
+        # ends with it. Not all engines end when their pipe does.
+        self.process = subprocess.Popen(END_WITH_REFEREE + command, cwd=folder, stdin=subprocess.PIPE,
+                                        stdout=subprocess.PIPE, stderr=subprocess.PIPE, start_new_session=True,
                                         env={**os.environ, "HOME": home} if home else None)
         EngineProcess.running.add(self)
         self.error_output = []

@@ -6,7 +6,7 @@ import random
 import re
 import time
 
-from match.engines import EngineProcess
+from match.engines import EngineError, EngineProcess
 from chess_rules import Game, START_FEN
 
 # gnuchess tells its moves in the words of the protocol's first days.
@@ -139,7 +139,7 @@ class XboardPlayer(EngineSide):
             self.engine.send(f"sd {self.options.depth}")
         if fen != START_FEN:
             if self.features["setboard"] != "1":
-                raise Fault(self, "cannot set up a position, so openings must be moves from the start", GONE)
+                raise EngineError(f"{self.name} cannot set up a position: openings must be moves from the start")
             self.engine.send("setboard " + fen)
         if self.features["ping"] == "1":
             # What the engine does before it is ready is not on its clock.

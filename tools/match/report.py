@@ -95,7 +95,8 @@ class Tally:
         return "\n".join([f"{self.first} (W: it won a game of the pair, D: drew, L: lost)"] + lines)
 
     def report(self):
-        lines = [self.table(), f"games {sum(self.results.values())}, plies {self.plies}"]
+        lines = [self.table()] if self.scores else []
+        lines += [f"games {sum(self.results.values())}, plies {self.plies}"]
         lines += [f"ended by {reason}: {count}" for reason, count in self.reasons.most_common()]
         lines += [f"longest overrun of a budget, {name}: {seconds * 1000:.0f} ms"
                   for name, seconds in self.overruns.items() if seconds > 0]
