@@ -5,6 +5,9 @@
 #   tools/measure.sh BUILD OTHER      the same, then processor time in pairs against another build folder
 #   tools/measure.sh --check BUILD    status 1 if a node of the search takes over 3 % more instructions than is recorded
 #                                     beside the signature, 77 if that number was recorded with another compiler
+#   tools/measure.sh --row BUILD WHAT the row of the commit that is checked out for the table of docs/performance.md
+#   tools/measure.sh --chart BUILD    draws docs/performance.svg from that table
+#   tools/measure.sh --jobs BUILD     how many times as fast as one job tarvelmon-analyse is with a job for each core
 #
 # Instructions are counted by callgrind, the same in each run and on a busy machine. Times want a quiet one.
 set -euo pipefail
@@ -12,6 +15,10 @@ set -euo pipefail
 kinds=(search perft evaluation tables)
 tolerance=103 # percent of the recorded instructions
 pairs=7
+jobsDepth=9
+jobsCopies=6
+jobsPairs=5
+docs=$(dirname "$(realpath "${BASH_SOURCE[0]}")")/../docs
 
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
@@ -43,6 +50,22 @@ countWork() {
 countStart() {
     mkdir -p "$scratch/home"
     (cd "$scratch/home" && printf 'xboard\nprotover 2\nquit\n' | counted "$1")
+}
+
+# A row as the table has them; the last figure is in millions.
+printRow() {
+    local build=$1 what=$2 kind instructions
+    printf '| %s | %s |' "$(git -C "$docs" rev-parse --short=7 HEAD)" "$what"
+    for kind in search perft evaluation; do
+        instructions=$(countWork "$build" "$kind")
+        awk -v all="$instructions" -v count="$(said count)" 'BEGIN { printf " %.1f |", all / count }'
+    done
+    countStart "$build/tarvelmon" | awk '{ printf " %.2f |\n", $1 / 1e6 }'
+}
+
+drawChart() {
+    "$1/bench/performance_chart" "$docs/performance.md" >"$scratch/chart"
+    cat "$scratch/chart" >"$docs/performance.svg"
 }
 
 printInstructions() {
@@ -86,7 +109,34 @@ printPairs() {
               ratio[1], ratio[NR] }'
 }
 
+# Wall seconds of the companion for collections with so many jobs.
+analyseSeconds() {
+    local TIMEFORMAT=%R
+    { time "$1/companions/analyse/tarvelmon-analyse" --jobs "$2" --depth "$jobsDepth" "$scratch/positions" \
+        >"$scratch/found.$2"; } 2>&1
+}
+
+# One job against all, alternating, on a suite several times over, so that the end, where not all have work, counts little.
+printJobs() {
+    local build=$1 cores pair
+    cores=$(nproc)
+    for ((pair = 0; pair < jobsCopies; ++pair)); do
+        cat "$docs/../tests/data/suites/well_known.epd"
+    done >"$scratch/positions"
+    for ((pair = 0; pair < jobsPairs; ++pair)); do
+        echo "$(analyseSeconds "$build" 1) $(analyseSeconds "$build" "$cores")"
+        cmp "$scratch/found.1" "$scratch/found.$cores" >&2
+    done | tee "$scratch/seconds" | awk '{ print $1 / $2 }' | sort -n | awk -v cores="$cores" '
+        { ratio[NR] = $1 }
+        END { printf "%d jobs are %.3f times as fast as one (%.3f to %.3f), that is %.3f of their number\n", cores,
+              ratio[int((NR + 1) / 2)], ratio[1], ratio[NR], ratio[int((NR + 1) / 2)] / cores }'
+    awk '{ printf "seconds %s with one, %s with all\n", $1, $2 }' "$scratch/seconds"
+}
+
 case $#:${1:-} in
+2:--chart) drawChart "$2" ;;
+2:--jobs) printJobs "$2" ;;
+3:--row) printRow "$(realpath "$2")" "$3" ;;
 2:--check) checkSearch "$2" ;;
 1:*) printInstructions "$(realpath "$1")" ;;
 2:*)

@@ -11,11 +11,10 @@
 
 constexpr std::size_t boardsPerGame = 4;
 
+// Beside chartStyle.
 constexpr const char* style = R"(
-:root { color-scheme: light dark; --page: #fcfcfb; --ink: #1c1c1a; --soft: #5f5e58; --rule: #deddd6; --line: #2a6fb0;
-  --mark: #c2410c; --light: #f0e6d2; --dark: #b58863; --moved: #d8c25a; --white: #ffffff; --black: #16120e; }
-@media (prefers-color-scheme: dark) { :root { --page: #191918; --ink: #ecebe6; --soft: #a5a39b; --rule: #3a3936;
-  --line: #74b3ec; --mark: #fb923c; --light: #b9ab92; --dark: #75583f; --moved: #99852f; } }
+:root { --light: #f0e6d2; --dark: #b58863; --moved: #d8c25a; --white: #ffffff; --black: #16120e; }
+@media (prefers-color-scheme: dark) { :root { --light: #b9ab92; --dark: #75583f; --moved: #99852f; } }
 * { box-sizing: border-box; }
 body { margin: 0 auto; padding: 16px; max-width: 1240px; background: var(--page); color: var(--ink);
   font: 16px/1.5 system-ui, "DejaVu Sans", sans-serif; }
@@ -30,11 +29,7 @@ figure { margin: 0; } figcaption { font-size: .875rem; line-height: 1.35; margin
 table { border-collapse: collapse; width: 100%; font-variant-numeric: tabular-nums; }
 th, td { padding: 4px 8px 4px 0; text-align: right; border-bottom: 1px solid var(--rule); font-weight: normal; }
 th { color: var(--soft); font-size: .8125rem; } th:first-child, td:first-child { text-align: left; }
-svg { display: block; width: 100%; height: auto; } .chart text { font-size: 11px; fill: var(--soft); }
-.grid { stroke: var(--rule); } .axis { stroke: var(--soft); }
-.line { fill: none; stroke: var(--line); stroke-width: 1.8; stroke-linejoin: round; }
-.fill { fill: var(--line); opacity: .18; } .spot { fill: transparent; } .spot:hover { fill: var(--line); }
-.mark { fill: var(--mark); stroke: var(--page); }
+svg { display: block; width: 100%; height: auto; }
 .light { fill: var(--light); } .dark { fill: var(--dark); } .moved { fill: var(--moved); }
 .board text { font: 17px "DejaVu Sans", "Segoe UI Symbol", "Apple Symbols", "Noto Sans Symbols2", sans-serif;
   stroke: var(--black); stroke-width: .5; }
@@ -47,8 +42,8 @@ svg { display: block; width: 100%; height: auto; } .chart text { font-size: 11px
 static std::string pageOf(const std::string& title, const std::string& body) {
     return "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
            "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<title>" +
-           escaped(title) + "</title>\n<style>" + style + "</style>\n</head>\n<body>\n<h1>" + escaped(title) +
-           "</h1>\n" + body + "</body>\n</html>\n";
+           escaped(title) + "</title>\n<style>" + chartStyle + style + "</style>\n</head>\n<body>\n<h1>" +
+           escaped(title) + "</h1>\n" + body + "</body>\n</html>\n";
 }
 
 static std::string pawns(double centipawns) {
@@ -115,7 +110,7 @@ static std::string scoreChart(const JudgedGame& game, i32 threshold) {
     Chart chart{"Score by move, from White's side",
                 "Move",
                 "Pawns for White",
-                {},
+                {{}},
                 roundTicks(0, last, 8),
                 {},
                 0,
@@ -129,9 +124,9 @@ static std::string scoreChart(const JudgedGame& game, i32 threshold) {
     }
     for (std::size_t i = 0; i < game.moves.size(); ++i) {
         const JudgedMove& move = game.moves[i];
-        chart.points.push_back({static_cast<double>(i + 1) / 2, move.score / 100.0,
-                                move.number + " " + move.san + ": " + pawns(move.score),
-                                move.loss >= 2 * threshold});
+        chart.lines.front().points.push_back({static_cast<double>(i + 1) / 2, move.score / 100.0,
+                                              move.number + " " + move.san + ": " + pawns(move.score),
+                                              move.loss >= 2 * threshold});
     }
     return chartSvg(chart);
 }
@@ -191,7 +186,7 @@ static std::string solvedChart(const std::vector<SuiteResult>& results) {
     Chart chart{"Positions solved by time",
                 "Seconds",
                 "Solved",
-                {{0, 0, "0 s: 0", false}},
+                {{"", {{0, 0, "0 s: 0", false}}}},
                 roundTicks(0, longest, 5),
                 roundTicks(0, all, 4),
                 0,
@@ -201,7 +196,7 @@ static std::string solvedChart(const std::vector<SuiteResult>& results) {
                 true,
                 true};
     for (std::size_t i = 0; i < solved.size(); ++i) {
-        chart.points.push_back(
+        chart.lines.front().points.push_back(
             {solved[i].milliseconds / 1000.0, static_cast<double>(i + 1),
              secondsShown(solved[i].milliseconds) + " s: " + std::to_string(i + 1) + ", " + solved[i].id,
              false});

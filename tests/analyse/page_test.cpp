@@ -3,6 +3,14 @@
 
 #include <gtest/gtest.h>
 
+namespace {
+
+Chart straightChart(const ChartLine& line) {
+    return {"t", "x", "y", {line}, {}, {}, 0, 10, 0, 5, false, false};
+}
+
+}  // namespace
+
 TEST(Page, WhatHasAMeaningInHtmlIsEscaped) {
     EXPECT_EQ(escaped("<a> & \"b\""), "&lt;a&gt; &amp; &quot;b&quot;");
     EXPECT_EQ(escaped("\xC3\xA9\xE9 \xE2\x82"), "\xC3\xA9? ??");
@@ -16,11 +24,34 @@ TEST(Page, TicksStandAtRoundNumbers) {
 }
 
 TEST(Page, AChartHasItsPointsWhereTheyBelong) {
-    const Chart chart{"t", "x",   "y",  {{0, 0, "low", false}, {10, 5, "high", true}}, {}, {}, 0, 10, 0,
-                      5,   false, false};
+    const Chart chart = straightChart({"", {{0, 0, "low", false}, {10, 5, "high", true}}});
     const std::string svg = chartSvg(chart);
     EXPECT_NE(svg.find("d=\"M38.0 152.0L390.0 26.0\""), std::string::npos) << svg;
     EXPECT_NE(svg.find("<circle class=\"mark\" cx=\"390.0\" cy=\"26.0\""), std::string::npos);
+}
+
+TEST(Page, NamesStandAtTheEndsOfTheirLinesAndNotOverEachOther) {
+    Chart chart = straightChart({"first", {{0, 0, "", false}, {10, 5, "", false}}});
+    chart.lines.push_back({"second", {{0, 5, "", false}, {10, 4.9, "", false}}});
+    const std::string svg = chartSvg(chart);
+    EXPECT_NE(svg.find("class=\"line line2\" d=\"M38.0 26.0L350.8 28.5\""), std::string::npos) << svg;
+    EXPECT_NE(svg.find("y=\"29.5\" class=\"name1\">first<"), std::string::npos) << svg;
+    EXPECT_NE(svg.find("y=\"42.5\" class=\"name2\">second<"), std::string::npos) << svg;
+}
+
+TEST(Page, TicksThatDoNotFitStandAslant) {
+    Chart chart = straightChart({"", {{0, 0, "", false}}});
+    chart.xTicks = {{0, "0"}, {10, "10"}};
+    EXPECT_EQ(chartSvg(chart).find("rotate"), std::string::npos);
+    chart.xTicks[1].text = std::string(40, 'x');
+    EXPECT_NE(chartSvg(chart).find("rotate(-30)\" text-anchor=\"end\">0<"), std::string::npos);
+}
+
+TEST(Page, AFileOfItsOwnHasItsStyle) {
+    const std::string svg = chartFile(straightChart({"", {}}));
+    EXPECT_TRUE(svg.starts_with("<svg xmlns=")) << svg;
+    EXPECT_NE(svg.find("prefers-color-scheme: dark"), std::string::npos);
+    EXPECT_TRUE(svg.ends_with("</svg>\n"));
 }
 
 TEST(Page, AverageLossesAreThoseOfTheMoves) {

@@ -34,7 +34,7 @@ def children(process):
         return [int(word) for word in file.read().split()]
 
 
-@unittest.skipUnless(os.path.exists(PROGRAM), "tarvelmon-analyse is not built")
+@unittest.skipUnless(os.path.isfile(PROGRAM), "tarvelmon-analyse is not built")
 class AnalyseTest(ScratchFolderTest):
 
     def analyse(self, *arguments, given="", status=0):
