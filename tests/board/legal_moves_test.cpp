@@ -1,18 +1,10 @@
 // All moves of a position in one list, and the choice of the best capture.
 #include "board_support.h"
+#include "support/move_lists.h"
 
 namespace {
 
 using testing::ElementsAre;
-
-MoveList captureList(const std::vector<ScoredMove>& entries) {
-    MoveList list;
-    list.count = 0;
-    for (const ScoredMove& entry : entries) {
-        list.entries[list.count++] = entry;
-    }
-    return list;
-}
 
 TEST(PickBest, TakesTheFirstOfTheHighest) {
     MoveList list = captureList({{1, 5}, {2, 9}, {3, 9}, {4, -3}});

@@ -4,6 +4,7 @@
 
 #include "frontend/session.h"
 #include "search/search_fixture.h"
+#include "support/move_lists.h"
 
 #include <gmock/gmock.h>
 
@@ -13,24 +14,6 @@
 namespace {
 
 using testing::ElementsAre;
-
-MoveList captureList(const std::vector<ScoredMove>& entries) {
-    MoveList list;
-    list.count = 0;
-    for (const ScoredMove& entry : entries) {
-        list.entries[list.count++] = entry;
-    }
-    return list;
-}
-
-QuietList quietList(const std::vector<Mossa>& moves) {
-    QuietList list;
-    list.count = 0;
-    for (const Mossa move : moves) {
-        list.entries[list.count++] = move;
-    }
-    return list;
-}
 
 std::vector<Mossa> movesOf(const QuietList& list) {
     return {list.entries.begin(), list.entries.begin() + list.count};
