@@ -25,12 +25,13 @@ static bool isBlankChar(char c) {
     return static_cast<u8>(c) <= ' ';
 }
 
+// Behind the first `last`, or behind all.
 static std::size_t endOf(std::string_view text, char last) {
     const std::size_t at = text.find(last);
     return at == std::string_view::npos ? text.size() : at + 1;
 }
 
-// Length of a variation, up to its own closing bracket; all there is if that does not come.
+// Length of a variation, up to its own closing bracket; none if that does not come.
 static std::size_t variationLength(std::string_view text) {
     i64 depth = 0;
     std::size_t at = 0;
@@ -40,23 +41,26 @@ static std::size_t variationLength(std::string_view text) {
             at += endOf(text.substr(at), '}');
             continue;
         }
-        if (c == ';') {
+        if (c == ';' || (c == '%' && at > 0 && text[at - 1] == '\n')) {
             at += endOf(text.substr(at), '\n');
             continue;
         }
         ++at;
         depth += c == '(' ? 1 : c == ')' ? -1 : 0;
         if (depth == 0) {
-            break;
+            return at;
         }
     }
-    return at;
+    return std::string_view::npos;
 }
 
-// Blanks and escaped lines.
+// Blanks, escaped lines, and the mark that some programs begin a file with.
 static void skipBlanks(GameText& text) {
+    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
     while (!text.rest.empty()) {
-        if (text.rest.front() == '%' && text.lineStarts) {
+        if (text.rest.starts_with(byteOrderMark)) {
+            text.rest.remove_prefix(byteOrderMark.size());
+        } else if (text.rest.front() == '%' && text.lineStarts) {
             takeText(text, endOf(text.rest, '\n'));
         } else if (isBlankChar(text.rest.front())) {
             takeText(text, 1);
@@ -101,20 +105,44 @@ std::string tagValue(const Game& game, std::string_view name) {
     return {};
 }
 
+static void noteFault(Game& game, u64 line, const std::string& fault) {
+    if (game.fault.empty()) {
+        game.fault = fault;
+        game.faultLine = line;
+    }
+}
+
 static void takeTags(GameText& text, Game& game) {
     for (skipBlanks(text); text.rest.starts_with('['); skipBlanks(text)) {
+        const u64 line = text.line;
         std::string tag(takeTag(text));
-        while (!tag.empty() && isBlankChar(tag.back())) {
+        while (isBlankChar(tag.back())) {
             tag.pop_back();
         }
+        if (!tag.ends_with(']')) {
+            noteFault(game, line, "a tag does not end");
+        }
         game.tags.push_back(tag);
+    }
+}
+
+// Games of other rules are told by a tag; those of ours by none, or by one of these names.
+static void checkVariant(Game& game) {
+    const std::string variant = tagValue(game, "Variant");
+    constexpr std::string_view ours[] = {"", "?", "-", "standard", "normal", "chess", "from position"};
+    if (std::ranges::none_of(ours, [&](std::string_view name) { return sameWord(name, variant); })) {
+        noteFault(game, game.line, "the variant " + quotedWord(variant) + " is not played here");
     }
 }
 
 // ---- moves ----------------------------------------------------------------------------------------------------
 
 static bool isResultWord(std::string_view word) {
-    return word == "1-0" || word == "0-1" || word == "1/2-1/2" || word == "*";
+    return word == "1-0" || word == "0-1" || word == "1/2-1/2" || word == "1/2" || word == "*";
+}
+
+static std::string resultOf(std::string_view word) {
+    return std::string(word == "1/2" ? "1/2-1/2" : word);
 }
 
 static std::string_view withoutNumber(std::string_view word) {
@@ -133,11 +161,16 @@ static std::string glyphOf(std::string_view word) {
     return found == std::end(known) ? "" : "$" + std::to_string(found - known + 1);
 }
 
-static void noteFault(Game& game, u64 line, const std::string& fault) {
-    if (game.fault.empty()) {
-        game.fault = fault;
-        game.faultLine = line;
-    }
+// The glyph of a sign that stands by itself, such as "+-" or "!"; empty if it is none.
+static std::string glyphOfSign(std::string_view word) {
+    struct Sign {
+        std::string_view text;
+        const char* glyph;
+    };
+    constexpr Sign signs[] = {{"=", "$10"},   {"+=", "$14"}, {"=+", "$15"}, {"+/-", "$16"},
+                              {"-/+", "$17"}, {"+-", "$18"}, {"-+", "$19"}, {"N", "$146"}};
+    const auto* const found = std::ranges::find(signs, word, &Sign::text);
+    return found != std::end(signs) ? found->glyph : withoutMarks(word).empty() ? glyphOf(word) : "";
 }
 
 static void addItem(Game& game, ItemKind kind, const std::string& item) {
@@ -148,9 +181,13 @@ static void playWord(Game& game, u64 line, std::string_view word) {
     if (!game.fault.empty()) {
         return;
     }
+    if (word == "--" || word == "Z0") {
+        noteFault(game, line, quotedWord(word) + " is no move but a pass");
+        return;
+    }
     const ReadMove read = readMoveText(word);
     if (read.fault != nullptr) {
-        noteFault(game, line, "\"" + std::string(word) + "\" " + read.fault);
+        noteFault(game, line, quotedWord(word) + " " + read.fault);
         return;
     }
     if (game.moves.size() + 2 >= gameRecordsMax) {
@@ -171,13 +208,16 @@ static bool takeWord(GameText& text, Game& game) {
     const auto* const end = std::find_if(begin + 1, begin + text.rest.size(), [](char c) {
         return isBlankChar(c) || std::string_view("(){};$[]").find(c) != std::string_view::npos;
     });
-    const std::string_view word = takeText(text, static_cast<std::size_t>(end - begin));
-    if (isResultWord(word)) {
-        game.result = word;
+    const std::string_view move = withoutNumber(takeText(text, static_cast<std::size_t>(end - begin)));
+    if (isResultWord(move)) {
+        game.result = resultOf(move);
         game.ended = true;
         return true;
     }
-    const std::string_view move = withoutNumber(word);
+    if (const std::string glyph = glyphOfSign(move); !glyph.empty()) {
+        addItem(game, ItemKind::glyph, glyph);
+        return false;
+    }
     const bool says = std::ranges::any_of(move, [](char c) {
         return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
     });
@@ -197,27 +237,59 @@ static std::string bracedComment(std::string_view text) {
     return "{" + comment + " }";
 }
 
-static void takeEnclosed(GameText& text, Game& game, ItemKind kind, std::size_t length) {
-    const u64 line = text.line;
-    const std::string item(takeText(text, length));
-    if (item.back() != (kind == ItemKind::comment ? '}' : ')')) {
-        noteFault(game, line,
-                  kind == ItemKind::comment ? "a comment does not end" : "a variation does not end");
+static void takeComment(GameText& text, Game& game) {
+    if (text.rest.front() == ';') {
+        addItem(game, ItemKind::comment, bracedComment(takeText(text, endOf(text.rest, '\n'))));
+        return;
     }
-    addItem(game, kind, item);
+    const std::size_t end = text.rest.find('}');
+    if (end == std::string_view::npos) {
+        noteFault(game, text.line, "a comment does not end");
+    }
+    addItem(game, ItemKind::comment, std::string(takeText(text, std::min(end, text.rest.size() - 1) + 1)));
+}
+
+static void takeVariation(GameText& text, Game& game) {
+    const std::size_t length = variationLength(text.rest);
+    if (length == std::string_view::npos) {
+        noteFault(game, text.line, "a variation does not end");
+    }
+    addItem(game, ItemKind::variation, std::string(takeText(text, length)));
+}
+
+static bool isCommentNext(const GameText& text) {
+    return text.rest.starts_with('{') || text.rest.starts_with(';');
+}
+
+// Before the tags.
+static void takeCommentsAhead(GameText& text, Game& game) {
+    while (isCommentNext(text)) {
+        takeComment(text, game);
+        skipBlanks(text);
+    }
+}
+
+// On the line of the result: said of the game that ends.
+static void takeCommentsBehind(GameText& text, Game& game) {
+    for (;;) {
+        const std::size_t blanks = std::min(text.rest.find_first_not_of(" \t"), text.rest.size());
+        takeText(text, blanks);
+        if (!isCommentNext(text) || text.lineStarts) {
+            return;
+        }
+        takeComment(text, game);
+    }
 }
 
 // Takes what comes next of a game's moves. True if the game ends.
 static bool takeNext(GameText& text, Game& game) {
     switch (text.rest.front()) {
         case '{':
-            takeEnclosed(text, game, ItemKind::comment, endOf(text.rest, '}'));
+        case ';':
+            takeComment(text, game);
             return false;
         case '(':
-            takeEnclosed(text, game, ItemKind::variation, variationLength(text.rest));
-            return false;
-        case ';':
-            addItem(game, ItemKind::comment, bracedComment(takeText(text, endOf(text.rest, '\n'))));
+            takeVariation(text, game);
             return false;
         case '$': {
             const std::size_t digits =
@@ -248,10 +320,6 @@ static void setUpFirstPosition(Game& game) {
 }
 
 bool nextGame(GameText& text, Game& game) {
-    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-    if (text.rest.starts_with(byteOrderMark)) {
-        text.rest.remove_prefix(byteOrderMark.size());
-    }
     skipBlanks(text);
     if (text.rest.empty()) {
         return false;
@@ -259,11 +327,14 @@ bool nextGame(GameText& text, Game& game) {
     game = {};
     game.line = text.line;
     const char* const begin = text.rest.data();
+    takeCommentsAhead(text, game);
     takeTags(text, game);
+    checkVariant(game);
     setUpFirstPosition(game);
     // Tags begin the next game where a result is missing.
     for (skipBlanks(text); !text.rest.empty() && text.rest.front() != '['; skipBlanks(text)) {
         if (takeNext(text, game)) {
+            takeCommentsBehind(text, game);
             break;
         }
     }
@@ -273,7 +344,7 @@ bool nextGame(GameText& text, Game& game) {
     }
     if (game.result.empty()) {
         const std::string told = tagValue(game, "Result");
-        game.result = isResultWord(told) ? told : "*";
+        game.result = isResultWord(told) ? resultOf(told) : "*";
     }
     return true;
 }

@@ -102,17 +102,19 @@ static bool takeGame(Work& work, Game& game) {
     return false;
 }
 
+static std::string faultJson(const Game& game) {
+    const nlohmann::json object{{"error", game.fault}, {"line", game.faultLine}, {"tags", game.tags}};
+    return object.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
+}
+
 // Puts the next game into the queue. True if it has to be searched.
 static bool beginGame(Work& work, Game& game) {
     Entry& entry =
         work.queue.emplace_back(Entry{std::move(game), work.options.files[work.file], {}, 0, true, {}, {}});
     if (!entry.game.fault.empty()) {
-        complain(work.progress, entry.file + ":" + std::to_string(entry.game.faultLine) + ": " +
+        complain(work.progress, shownName(entry.file) + ":" + std::to_string(entry.game.faultLine) + ": " +
                                     entry.game.fault + "; the game is left as it is");
-        entry.output = work.options.json ? nlohmann::json{{"error", entry.game.fault}}.dump(
-                                               -1, ' ', false, nlohmann::json::error_handler_t::replace) +
-                                               "\n"
-                                         : entry.game.raw + "\n\n";
+        entry.output = work.options.json ? faultJson(entry.game) : entry.game.raw + "\n\n";
         return false;
     }
     ++work.usable;
@@ -157,8 +159,8 @@ static bool takeAnswer(Work& work, u64 number, const Analysis& analysis) {
     Entry& entry = work.queue[place.game - work.firstInQueue];
     entry.analyses[place.ply] = analysis;
     if (!analysis.fault.empty()) {
-        complain(work.progress, entry.file + ":" + std::to_string(entry.game.line) + ": half move " +
-                                    std::to_string(place.ply) + ": " + analysis.fault);
+        complain(work.progress, shownName(entry.file) + ":" + std::to_string(entry.game.line) +
+                                    ": half move " + std::to_string(place.ply) + ": " + analysis.fault);
     }
     if (--entry.missing > 0) {
         return true;
@@ -174,12 +176,24 @@ static bool takeAnswer(Work& work, u64 number, const Analysis& analysis) {
 
 // ---- the whole ------------------------------------------------------------------------------------------------
 
+// Lines end in one way, so that what is kept of the input does not mix two.
+static void endLinesPlainly(std::string& text) {
+    std::size_t kept = 0;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != '\r' || i + 1 == text.size() || text[i + 1] != '\n') {
+            text[kept++] = text[i];
+        }
+    }
+    text.resize(kept);
+}
+
 static std::string readAll(Work& work) {
     for (const std::string& file : work.options.files) {
         std::string fault = readWhole(file, work.texts.emplace_back());
         if (!fault.empty()) {
             return fault;
         }
+        endLinesPlainly(work.texts.back());
     }
     work.text = {work.texts.front()};
     return work.options.resumeFile.empty() ? "" : readEarlier(work);

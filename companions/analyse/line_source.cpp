@@ -12,7 +12,7 @@
 #include <cstring>
 #include <fstream>
 
-static std::string shownName(const std::string& file) {
+std::string shownName(const std::string& file) {
     return file == "-" ? "standard input" : file;
 }
 
@@ -46,14 +46,20 @@ static void closeFile(LineSource& source) {
 
 // The next line of the bytes read, the last of a file also without an end.
 static bool takeLine(LineSource& source, std::string& text) {
-    const std::size_t end = source.bytes.find('\n', source.used);
+    const std::size_t end = source.bytes.find('\n', std::max(source.used, source.searched));
+    source.searched = source.bytes.size();
     if (end == std::string::npos && (!source.fileEnded || source.used == source.bytes.size())) {
         return false;
     }
     text = source.bytes.substr(source.used, end - source.used);
     source.used = end == std::string::npos ? source.bytes.size() : end + 1;
+    source.searched = source.used;
     if (text.ends_with('\r')) {
         text.pop_back();
+    }
+    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+    if (source.numberInFile == 0 && text.starts_with(byteOrderMark)) {
+        text.erase(0, byteOrderMark.size());
     }
     return true;
 }
@@ -73,6 +79,7 @@ static bool readMore(LineSource& source) {
         return false;
     }
     source.bytes.erase(0, source.used);
+    source.searched -= source.used;
     source.used = 0;
     source.bytes.append(buffer, static_cast<std::size_t>(count));
     source.fileEnded = count == 0;

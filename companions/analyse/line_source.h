@@ -20,7 +20,8 @@ struct LineSource {
     int descriptor = -1;
     bool fileEnded = false;
     std::string bytes{};
-    std::size_t used = 0;  // of `bytes`
+    std::size_t used = 0;      // of `bytes`
+    std::size_t searched = 0;  // of `bytes`, for the end of a line
     u64 numberInFile = 0;
     u64 numberOfAll = 0;
     std::string fault{};  // a file that cannot be read
@@ -28,6 +29,9 @@ struct LineSource {
 
 /// Gives the next line of the range. Ends early at a fault.
 [[nodiscard]] LineState nextLine(LineSource& source, InputLine& line);
+
+/// The name of an input file in messages.
+[[nodiscard]] std::string shownName(const std::string& file);
 
 /// What to wait for after notYet.
 [[nodiscard]] int descriptorOf(const LineSource& source);

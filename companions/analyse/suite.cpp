@@ -17,7 +17,7 @@ static std::string readMoves(const std::vector<std::string>& texts, std::vector<
     for (const std::string& text : texts) {
         const ReadMove read = readMoveText(text);
         if (read.fault != nullptr) {
-            return "\"" + text + "\" " + read.fault;
+            return quotedWord(text) + " " + read.fault;
         }
         moves.push_back(moveTextOf(read.move, *board));
     }

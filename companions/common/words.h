@@ -7,6 +7,7 @@
 #include <charconv>
 #include <limits>
 #include <optional>
+#include <string>
 #include <string_view>
 
 /// Hands out the words of a text, separated by blanks or tabs.
@@ -35,6 +36,15 @@ struct Words {
         rest.remove_prefix(first == std::string_view::npos ? rest.size() : first);
     }
 };
+
+/// A word of a user's for a message: in quotation marks, cut off where it is long, without what would move a terminal's cursor.
+[[nodiscard]] inline std::string quotedWord(std::string_view word) {
+    constexpr std::size_t longest = 32;
+    std::string text(word.substr(0, longest));
+    std::ranges::replace_if(
+        text, [](char c) { return static_cast<u8>(c) < ' ' || c == '\x7F'; }, '?');
+    return "\"" + text + (word.size() > longest ? "..." : "") + "\"";
+}
 
 /// A whole number at the start of `word`, whatever follows it, held to the limits of 64 bits; nothing without digits.
 [[nodiscard]] inline std::optional<i64> numberIn(std::string_view word) {

@@ -9,7 +9,7 @@ import shutil
 import subprocess
 import unittest
 
-from analyse import AnalyseTest, chess, children, end
+from analyse import AnalyseTest, PROGRAM, chess, children, end
 from engine import PATIENCE
 
 PGN_EXTRACT = shutil.which("pgn-extract", path=os.environ.get("PATH", "") + ":/usr/games")
@@ -98,11 +98,57 @@ class Games(AnalyseTest):
     def test_a_game_that_cannot_be_played_stays_as_it_is(self):
         output = self.analyse("--pgn", "--depth", "3", given=FAULTY + "\n" + GAMES)
         self.assertTrue(output.startswith(FAULTY.strip() + "\n\n[Event \"A "))
-        self.assertEqual(self.errors, "-:3: \"Ke3\" is not a legal move here; the game is left as it is\n")
+        self.assertEqual(self.errors, "standard input:3: \"Ke3\" is not a legal move here; the game is left as it is\n")
         self.analyse("--pgn", "--depth", "3", given=FAULTY, status=1)
         for bad in ("{", "(", "1. e4 )", "}", "[FEN \"x\"]\n\n*", "1. e4 {x", "1. e4 ((((", "[", "1. -- e5 *"):
             with self.subTest(bad):
-                self.analyse("--pgn", "--depth", "2", given=bad, status=1 if bad != "[" else 0)
+                self.analyse("--pgn", "--depth", "2", given=bad, status=1)
+
+    def bytes_of(self, given, *arguments):
+        """What the program makes of bytes in a file of any kind."""
+        with open(self.path("given.pgn"), "wb") as file:
+            file.write(given)
+        done = subprocess.run([PROGRAM, "--pgn", "--depth", "3", *arguments, self.path("given.pgn")],
+                              stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=PATIENCE, check=False)
+        self.assertEqual((done.returncode, done.stderr), (0, b""))
+        return done.stdout
+
+    def test_how_lines_end_and_a_file_begins_makes_no_difference(self):
+        plain = GAMES.encode()
+        whole = self.bytes_of(plain)
+        self.assertEqual(self.bytes_of(plain.replace(b"\n", b"\r\n")), whole)
+        self.assertEqual(self.bytes_of(b"\xef\xbb\xbf" + plain.replace(b"\n\n[", b"\n\n\xef\xbb\xbf[")), whole)
+        self.assertEqual(self.bytes_of(b"% made by hand\n" + plain), whole)
+        self.assertEqual(self.bytes_of(b"\0\t \n" + plain.rstrip()), whole)
+
+    def test_letters_of_any_alphabet_are_kept(self):
+        for encoding in ("latin-1", "utf-8"):
+            head = '[White "M\xfcller, J\xf6rg"]'.encode(encoding)
+            comment = '{tr\xe8s bien \xb1}'.encode(encoding)
+            given = head + b"\n\n1. e4 \xb1 " + comment + b" *\n"
+            output = self.bytes_of(given)
+            self.assertTrue(output.startswith(head + b"\n\n1. e4 " + comment + b" {[%eval"), output)
+            json.loads(self.bytes_of(given, "--json"))
+            self.bytes_of(given, "--html", self.path("page.html"))
+            with open(self.path("page.html"), encoding="utf-8") as page:
+                self.assertIn("M\xfcller" if encoding == "utf-8" else "M?ller", page.read())
+
+    @unittest.skipIf(chess is None, "python-chess cannot be imported")
+    def test_a_mixture_is_read_back_by_another_program(self):
+        given = ("; made by a program\n\n" + GAMES + "\n[Event \"no result\"]\n\n1. e4 e5 2. Nf3 {a\n% b}\n\n"
+                 "[Event \"no moves\"]\n\n1/2-1/2 {agreed}\n\n[Event \"deep\"]\n\n1. d4 (1. e4 (1. c4 (1. f4 {(}) c5) "
+                 "1... e5 ; )\n 2. Nf3) 1... d5 += 2. c4 1/2 ; agreed\n\n1. e4 *")
+        output = io.StringIO(self.analyse("--pgn", "--depth", "2", given=given))
+        self.assertEqual(self.errors, "")
+        games = list(iter(lambda: chess.pgn.read_game(output), None))
+        self.assertEqual([len(list(game.mainline_moves())) for game in games], [4, 3, 3, 0, 3, 1])
+        self.assertEqual([game.headers["Event"] for game in games[2:5]], ["no result", "no moves", "deep"])
+        for game in games:
+            self.assertEqual(game.errors, [])
+        self.assertEqual(games[4].next().nags, set())
+        self.assertEqual(games[4].next().next().nags, {14})
+        self.assertIn("agreed", games[4].end().comments)
+        self.assertIsNotNone(games[2].end().eval())
 
     def test_what_stands_in_an_earlier_output_is_not_searched_again(self):
         whole = self.analyse("--pgn", "--depth", "3", given=GAMES)
