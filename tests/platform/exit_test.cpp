@@ -7,13 +7,13 @@
 #include <cstdio>
 #include <cstdlib>
 
-class ExitNow : public testing::Test {
+class ExitNowDeathTest : public testing::Test {
   protected:
     // Other tests of this program run threads.
     void SetUp() override { testing::FLAGS_gtest_death_test_style = "threadsafe"; }
 };
 
-TEST_F(ExitNow, EndsTheProcessWithoutWhatIsRegisteredForItsEnd) {
+TEST_F(ExitNowDeathTest, EndsTheProcessWithoutWhatIsRegisteredForItsEnd) {
     EXPECT_EXIT(
         {
             std::atexit([] { _exit(7); });
@@ -22,7 +22,7 @@ TEST_F(ExitNow, EndsTheProcessWithoutWhatIsRegisteredForItsEnd) {
         testing::ExitedWithCode(1), "");
 }
 
-TEST_F(ExitNow, WritesOutWhatIsPending) {
+TEST_F(ExitNowDeathTest, WritesOutWhatIsPending) {
     EXPECT_EXIT(
         {
             dup2(STDERR_FILENO, STDOUT_FILENO);  // whose text is looked at

@@ -92,7 +92,7 @@ TEST(Print, ThreadsNeverMixTheirLines) {
     }
 }
 
-TEST(Print, ALineIsOutAtOnceThoughTheStreamHasABuffer) {
+TEST(PrintDeathTest, ALineIsOutAtOnceThoughTheStreamHasABuffer) {
     testing::FLAGS_gtest_death_test_style = "threadsafe";  // other tests of this program run threads
     EXPECT_EXIT(
         {

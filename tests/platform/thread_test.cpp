@@ -34,7 +34,7 @@ struct StackCase {
     rlim_t raised;
 };
 
-TEST(MainStackLimit, IsRaisedAsFarAsAllowedAndNeverLowered) {
+TEST(MainStackLimitDeathTest, IsRaisedAsFarAsAllowedAndNeverLowered) {
     const StackCase cases[] = {
         {"a low limit", 1 * megabyte, 64 * megabyte, 16 * megabyte},
         {"a low limit that may be raised a little", 1 * megabyte, 2 * megabyte, 2 * megabyte},
