@@ -4,11 +4,9 @@ import json
 import os
 import pty
 import re
-import shutil
 import signal
 import subprocess
 import time
-import types
 import unittest
 
 from analyse import AnalyseTest, PROGRAM, SUITES, WELL_KNOWN, chess, children, end, text_of
@@ -239,62 +237,6 @@ class Resume(AnalyseTest):
             process.kill()
             process.wait()
         self.assertEqual(self.analyse("--depth", "6", "--resume", self.path("part"), WELL_KNOWN), whole)
-
-
-def gnu_parallel():
-    """The program, where it is that one and not another of the name."""
-    found = shutil.which("parallel")
-    said = found and subprocess.run([found, "--version"], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True,
-                                    check=False).stdout
-    return found if said and "GNU parallel" in said else None
-
-
-@unittest.skipIf(gnu_parallel() is None, "there is no GNU parallel")
-class ManyMachines(AnalyseTest):
-    """What docs/collections.md tells of GNU parallel, on this machine."""
-
-    def parallel(self, output):
-        command = [gnu_parallel(), "--will-cite", "--pipe", "--block", "600", "--keep-order", "--jobs", "2", PROGRAM,
-                   "--jobs", "1", "--depth", "6"]
-        return subprocess.Popen(command, cwd=self.folder, stdin=subprocess.PIPE, stdout=output,
-                                stderr=subprocess.DEVNULL, env={**os.environ, "HOME": self.folder})
-
-    def descendants(self, process):
-        """Programs of ours somewhere below a process."""
-        found = []
-        for child in children(process):
-            try:
-                if os.readlink(f"/proc/{child}/exe") == os.path.realpath(PROGRAM):
-                    found.append(child)
-                else:
-                    found += self.descendants(types.SimpleNamespace(pid=child))
-            except (FileNotFoundError, ProcessLookupError):
-                pass
-        return found
-
-    def test_blocks_make_the_whole(self):
-        whole = self.analyse("--depth", "6", WELL_KNOWN)
-        with open(self.path("found"), "wb") as output:
-            process = self.parallel(output)
-            process.communicate(text_of(WELL_KNOWN).encode())
-        self.assertEqual(process.returncode, 0)
-        self.assertEqual(text_of(self.path("found")), whole)
-
-    def test_after_one_was_killed_on_the_way(self):
-        whole = self.analyse("--depth", "6", WELL_KNOWN)
-        with open(self.path("found"), "wb") as output:
-            process = self.parallel(output)
-            process.stdin.write(text_of(WELL_KNOWN).encode())
-            process.stdin.close()
-            killed = []
-            while not killed and process.poll() is None:
-                killed = self.descendants(process)[:1]
-                for victim in killed:
-                    end(victim)
-            process.wait(PATIENCE)
-        self.assertEqual(len(killed), 1)
-        self.assertNotEqual(text_of(self.path("found")), whole)
-        self.assertEqual(self.analyse("--depth", "6", "--resume", self.path("found"), WELL_KNOWN), whole)
 
 
 class ProgressLine(AnalyseTest):
