@@ -132,6 +132,7 @@ class Referee:
     def play(self):
         """Plays what is not on record yet."""
         tasks = plan(len(self.arguments.opponents), self.arguments.games)
+        print(f"openings: {self.arguments.openings.description()}", flush=True)
         if self.journal and self.journal.played:
             for task, record in self.journal.played:
                 self.tally.add(task, record)

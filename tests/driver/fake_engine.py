@@ -1,8 +1,17 @@
 """A tiny engine of the xboard protocol or of UCI that plays the first legal move in alphabetical order and, if told so by
-its argument, does one thing wrong: what the referee must notice."""
+its argument, does one thing wrong: what the referee must notice. Some arguments make it another engine of that name:
 
+weak NUMBER    resigns so many of a hundred games; which, is a matter of the opening and of its colour alone
+old words      tells moves as engines once did, and sets up no positions
+settings       tells what it was set up with
+slow start     needs a second and a half for a new game
+thinks FILE    writes the number of its process into the file, thinks for ever, and outlives its pipe
+"""
+
+import os
 import sys
 import time
+import zlib
 
 from chess_rules import Game
 
@@ -23,7 +32,18 @@ def announce(game, fault):
     return False
 
 
+def gives_up(game, fault):
+    return fault.startswith("weak ") and zlib.crc32(" ".join(game.moves[:7]).encode()) % 100 < int(fault[5:])
+
+
 def reply(game, fault):
+    if fault.startswith("thinks "):
+        with open(fault[len("thinks "):], "w", encoding="ascii") as file:
+            file.write(str(os.getpid()))
+        time.sleep(1000)
+    if gives_up(game, fault):
+        say("resign")
+        return
     if len(game.moves) > 8:
         if fault == "illegal move":
             say("move a1a1")
@@ -37,7 +57,7 @@ def reply(game, fault):
     say("#DEBUG moves: 1 move speed: 20  allocated time: 10")
     move = min(game.position.legal_moves())
     game.play(move)
-    say("move " + move + " ")
+    say(("My move is : " if fault == "old words" else "move ") + move + " ")
     announce(game, fault)
 
 
@@ -84,6 +104,7 @@ def speak_uci(fault):
 
 def main():
     fault = sys.argv[1] if len(sys.argv) > 1 else ""
+    name = fault if fault.split(" ")[0] in ("weak", "old", "settings", "slow", "thinks") else "tarvelmon 0.12"
     game, side = Game(), None
     for line in sys.stdin:
         word, _, rest = line.strip().partition(" ")
@@ -92,9 +113,13 @@ def main():
             say("uciok")
             return speak_uci(fault)
         if word == "protover":
-            say('feature ping=1 usermove=1 setboard=1 myname="tarvelmon 0.12" done=1')
+            say('feature ping=1 usermove=1 setboard=%d myname="%s" done=1' % (fault != "old words", name))
+            if fault == "settings":
+                with open("tarvelmon.ini", encoding="latin-1") as ini:
+                    say("# " + ini.read().replace("\n", "|"))
         elif word == "new":
             game, side = Game(), False
+            time.sleep(1.5 if fault == "slow start" else 0.0)
         elif word == "force":
             side = None
         elif word == "ping":

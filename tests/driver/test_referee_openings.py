@@ -91,6 +91,16 @@ e2e4 c7c5 g1f3
         self.assertNotEqual(RandomOpenings(3).of_pair(4), RandomOpenings(3).of_pair(5))
 
 
+    def test_openings_that_lead_to_one_position_count_once(self):
+        path = self.write("file", "1. e4 e5 2. Nf3\n1. d4 d5\n1. Nf3 e5 2. e4 Nc6\n1. d4 d5 2. c4\n")
+        self.assertEqual([opening.moves for opening in sorted(FileOpenings(path).openings, key=lambda o: o.moves)],
+                         [["d2d4", "d7d5"], ["d2d4", "d7d5", "c2c4"], ["e2e4", "e7e5", "g1f3"],
+                          ["g1f3", "e7e5", "e2e4", "b8c6"]])
+        self.assertEqual(len(FileOpenings(path, plies=2).openings), 3)
+        path = self.write("file", "1. Nf3 e6 2. g3\n1. g3 e6 2. Nf3\n")
+        self.assertEqual([opening.moves for opening in FileOpenings(path).openings], [["g1f3", "e7e6", "g2g3"]])
+
+
 class Notation(unittest.TestCase):
     def test_moves_are_written_as_the_rules_of_the_notation_say(self):
         for fen, text, written in ((CASTLING, "e1g1", "O-O"), (CASTLING, "e1c1", "O-O-O"), (CASTLING, "h1h8", "Rxh8+"),

@@ -114,6 +114,7 @@ class TestOfStrength(unittest.TestCase):
             for _ in range(runs):
                 counts = [0] * 5
                 while sprt.verdict(counts) is None:
+                    self.assertLess(sum(counts), 3000)
                     counts[chance.choices(range(5), shares)[0]] += 1
                 wrong += sprt.verdict(counts) != right
             self.assertLess(wrong, 10)  # 3 are to be expected

@@ -1,4 +1,4 @@
-"""What tools/referee.py is made of: engines, players, the judge of a game, openings, game scores, the plan of a match."""
+"""What tools/referee.py is made of: engines, players, judge, openings, game scores, statistics, the plan of a match."""
 
 import os
 import sys

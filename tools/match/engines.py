@@ -10,6 +10,7 @@ import signal
 import subprocess
 import threading
 import time
+import zlib
 
 PROTOCOLS = ("xboard", "uci")
 GAMES_FOLDER = "/usr/games"  # where Debian puts engines, often not on the path of root
@@ -30,7 +31,7 @@ class Engine:
     protocol: str = "xboard"
     name: str = ""      # of the engine's own telling if empty
     folder: str = ""    # working directory; a new one for each game if empty
-    ini: str = ""       # file that lies as tarvelmon.ini in the new folder
+    ini: str = ""       # text of tarvelmon.ini in the new folder
     init: list = dataclasses.field(default_factory=list)     # lines sent ahead of the first game, after the options
     options: list = dataclasses.field(default_factory=list)  # (name, value)
 
@@ -39,8 +40,12 @@ class Engine:
         return not self.command
 
     def description(self):
-        """All that the engine is told, for comparing one match with another."""
-        return {**dataclasses.asdict(self), "options": [list(option) for option in self.options]}
+        """The program and all that it is told, for comparing one match with another."""
+        checksum = 0
+        if self.command:
+            with open(shutil.which(self.command[0]), "rb") as program:
+                checksum = zlib.crc32(program.read())
+        return {**dataclasses.asdict(self), "options": [list(option) for option in self.options], "checksum": checksum}
 
 
 def program_path(word):
@@ -56,10 +61,16 @@ def _apply(engine, key, value):
         engine.options.append((key[len("option."):], value))
     elif key == "init":
         engine.init += [line.strip() for line in value.splitlines() if line.strip()]
-    elif key in ("folder", "ini"):
-        setattr(engine, key, os.path.abspath(value))
-        if not os.path.exists(value):
-            raise EngineError(f"no such {'folder' if key == 'folder' else 'file'}: {value}")
+    elif key == "folder":
+        engine.folder = os.path.abspath(value)
+        if not os.path.isdir(value):
+            raise EngineError(f"no such folder: {value}")
+    elif key == "ini":
+        try:
+            with open(value, encoding="latin-1") as file:
+                engine.ini = file.read()
+        except OSError as error:
+            raise EngineError(f"{value}: {error.strerror}") from None
     elif key == "name":
         engine.name = value
     elif key == "protocol":

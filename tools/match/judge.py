@@ -263,12 +263,8 @@ def _new_folder(top, name, engine, options):
     """The working directory of an engine for one game, with its settings in it."""
     folder = os.path.join(top, name)
     os.mkdir(folder)
-    text = options.ini
-    if engine.ini:
-        with open(engine.ini, encoding="latin-1") as ini:
-            text = ini.read()
     with open(os.path.join(folder, "tarvelmon.ini"), "w", encoding="latin-1") as ini:
-        ini.write(text)
+        ini.write(engine.ini or options.ini)
     return folder
 
 
@@ -295,7 +291,8 @@ def play_game(engines, options, opening, number):
             result, reason = judged.play()
         except Fault as caught:
             fault = caught
-            loser = players.index(fault.player) if fault.player in players else len(players)  # the one that did not start
+            # If it is none of the players, it did not start and would have been the next.
+            loser = players.index(fault.player) if fault.player in players else len(players)
             result = ("0-1", "1-0")[loser]
         for player in players:
             try:

@@ -3,6 +3,7 @@
 import dataclasses
 import random
 import re
+import zlib
 
 from match.notation import NotationError, read_move
 from chess_rules import START_FEN, Game, Position
@@ -22,7 +23,7 @@ class Opening:
 
     fen: str = START_FEN
     moves: list = dataclasses.field(default_factory=list)
-    place: str = ""  # file and line, or how else it was come by
+    ends_at: str = ""  # the position after the moves, without its counters
 
 
 def random_opening(seed, plies):
@@ -36,7 +37,7 @@ def random_opening(seed, plies):
                 break
             game.play(generator.choice(moves))
         if game.position.has_legal_move() and len(game.moves) == plies:
-            return Opening(moves=game.moves, place=f"random moves {seed}")
+            return Opening(moves=game.moves)
 
 
 class RandomOpenings:
@@ -54,19 +55,22 @@ class RandomOpenings:
 
 
 class FileOpenings:
-    """The openings of a file, shuffled by the seed, again from the first when all have been played."""
+    """The openings of a file, shuffled by the seed, again from the first when all have been played. Of those that lead to
+    one position only the first counts: equal games would be taken for independent ones."""
 
     def __init__(self, path, seed=1, plies=None):
         self.path = path
         self.seed = seed
-        self.openings = read_openings(path, plies)
+        self.openings = list({opening.ends_at: opening
+                              for opening in reversed(read_openings(path, plies))}.values())[::-1]
         random.Random(seed).shuffle(self.openings)
 
     def of_pair(self, pair):
         return self.openings[pair % len(self.openings)]
 
     def description(self):
-        return f"{len(self.openings)} of {self.path}, seed {self.seed}"
+        checksum = zlib.crc32(repr(self.openings).encode())
+        return f"{len(self.openings)} different ones of {self.path} (checksum {checksum:08x}), seed {self.seed}"
 
 
 def read_openings(path, plies=None):
@@ -91,7 +95,8 @@ def read_openings(path, plies=None):
 
 def _read_line(path, number, line, plies):
     if line.split()[0].count("/") == 7:
-        opening = Opening(_checked_fen(f"{path}:{number}", line), [], f"{path}:{number}")
+        fen = _checked_fen(f"{path}:{number}", line)
+        opening = Opening(fen, [], _without_counters(fen))
     else:
         opening = _read_moves(f"{path}:{number}", START_FEN, line, plies)
     return opening
@@ -133,7 +138,11 @@ def _read_moves(place, fen, text, plies):
             raise OpeningError(f"{place}: {error}") from None
     if not game.position.has_legal_move():
         raise OpeningError(f"{place}: the game has ended already")
-    return Opening(fen, game.moves, place)
+    return Opening(fen, game.moves, _without_counters(game.position.fen()))
+
+
+def _without_counters(fen):
+    return " ".join(fen.split()[:4])
 
 
 def _checked_fen(place, line):

@@ -103,9 +103,10 @@ class Tally:
         if self.borrowers:
             lines.append(f"games in which a clock ran over within the margin: {len(self.borrowers)}, "
                          f"by {max(self.borrowers) * 1000:.0f} ms at the most")
-        lines.append(f"ponder searches: {self.ponder_searches}")
-        lines.append(f"draws claimed by count that the laws do not see: {self.untrue_claims}")
-        lines.append(f"ends not announced while pondering: {self.unannounced}")
+        lines += [f"{words}: {count}" for words, count in (
+            ("ponder searches", self.ponder_searches),
+            ("draws claimed by count that the laws do not see", self.untrue_claims),
+            ("ends not announced while pondering", self.unannounced)) if count]
         lines.append(f"faults of tarvelmon: {len(self.our_faults)}, of others: {len(self.other_faults)}")
         lines += [f"{place(task)}: {text}" for task, text in self.our_faults + self.other_faults]
         return "\n".join(lines)
