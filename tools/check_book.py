@@ -34,6 +34,7 @@ WEIGHT = re.compile(r"\s*\d+\s*:")
 MOVE_NUMBER = re.compile(r"\d+\.+")
 OPERATION = re.compile(r" (acd|ce|dm) (-?\d+);")
 MATE = 32767  # hundredths; less for a mate further off
+SURELY_MATE = 32000
 
 
 class CannotCheck(Exception):
@@ -154,7 +155,7 @@ class Results:
         wanted = [epd for epd in epds if epd not in self.scores]
         if not wanted:
             return
-        print(f"check_book: {len(wanted)} positions to search", file=sys.stderr, flush=True)
+        print(f"check_book: {len(wanted)} position{'s' * (len(wanted) > 1)} to search", file=sys.stderr, flush=True)
         with tempfile.TemporaryFile("w+", encoding="utf-8") as positions:
             positions.write("".join(epd + "\n" for epd in wanted))
             positions.seek(0)
@@ -173,6 +174,10 @@ class Results:
             raise CannotCheck(f"{command[0]} ended with status {process.returncode}; {missing} positions without a score")
 
 
+def pawns(score):
+    return f"{score / 100:+.2f}" if abs(score) < SURELY_MATE else "+mate" if score > 0 else "-mate"
+
+
 def faults_of(move, scores, limit):
     """What is wrong with a move, in words; nothing where its positions have no scores."""
     if move.after.epd not in scores:
@@ -181,9 +186,9 @@ def faults_of(move, scores, limit):
     before = scores.get(move.before.epd)
     faults = []
     if after < -limit:
-        faults.append(f"stands at {after / 100:+.2f}")
+        faults.append(f"stands at {pawns(after)}")
     if before is not None and before - after > limit:
-        faults.append(f"loses {(before - after) / 100:.2f}: {before / 100:+.2f} before, {after / 100:+.2f} after")
+        faults.append(f"had {pawns(before)} before" if faults else f"falls from {pawns(before)} to {pawns(after)}")
     return faults
 
 
@@ -196,7 +201,7 @@ def report(path, book, scores, limit):
             findings += 1
             position = move.before.position
             dots = "." if position.white else "..."
-            others = f" (and {len(move.lines) - 1} lines more)" if len(move.lines) > 1 else ""
+            others = f" (and in {len(move.lines) - 1} more)" if len(move.lines) > 1 else ""
             print(f"{path}:{move.lines[0]}: {position.number}{dots} {san(position, move.text)} {'; '.join(faults)}{others}")
     return findings
 
