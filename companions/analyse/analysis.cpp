@@ -2,6 +2,7 @@
 // search: think does so with the positions' table and the history, the pawn hash is emptied here.
 #include "analysis.h"
 
+#include "frontend/config.h"
 #include "frontend/frontend.h"
 #include "frontend/session.h"
 #include "frontend/thinking_output.h"
@@ -94,7 +95,7 @@ i32 mateDistance(i32 score) {
     return score > 0 ? moves : -moves;
 }
 
-void setUpAnalysis(i32 hashMegabytes) {
+bool setUpAnalysis(i32 hashMegabytes) {
     setLinePrefix(nullptr);
     thinkingSink = {takeAttempt, takeOnlyMove, takeMate, takeMate, takeRootMove, takeBudget};
     SearchWatch = {lookUp, nullptr};
@@ -105,6 +106,7 @@ void setUpAnalysis(i32 hashMegabytes) {
     EngineOptions.pawnHashEntries = (u64{pawnHashMegabytes} << 20) / sizeof(hashPawn);
     pawnHashAlloc();
     resizeHashTable(hashMegabytes);
+    return EngineOptions.hashEntries == hashEntriesFor(hashMegabytes);
 }
 
 static bool setUpPosition(const Position& position) {

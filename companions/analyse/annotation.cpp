@@ -118,6 +118,17 @@ static std::string betterLine(const Game& game, std::size_t ply, const Analysis&
     return text + comment + ")";
 }
 
+// Whether a line stands there already, as an earlier run has written it, however its lines are broken now.
+static bool isToldAlready(const std::vector<GameItem>& items, const std::string& line) {
+    const auto withoutBlanks = [](std::string text) {
+        std::erase_if(text, [](char c) { return static_cast<u8>(c) <= ' '; });
+        return text;
+    };
+    return std::ranges::any_of(items, [&](const GameItem& item) {
+        return item.kind == ItemKind::variation && withoutBlanks(item.text) == withoutBlanks(line);
+    });
+}
+
 // ---- the whole ------------------------------------------------------------------------------------------------
 
 // What stands behind a move: glyphs and comments of the input, then ours, then its variations and what follows them.
@@ -143,7 +154,8 @@ static bool writeBehind(GameWriter& writer, const Game& game, std::size_t ply,
     }
     write(commentOf(analyses[ply + 1], isWhitePly(game.fen, ply + 1)));
     if (isWorth && !judged.moves[ply].better.empty()) {
-        write(betterLine(game, ply, analyses[ply]));
+        const std::string line = betterLine(game, ply, analyses[ply]);
+        write(isToldAlready(items, line) ? "" : line);
     }
     for (; item != items.end(); ++item) {
         write(item->text);

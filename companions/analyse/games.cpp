@@ -2,6 +2,7 @@
 #include "games.h"
 
 #include "annotation.h"
+#include "file_checks.h"
 #include "line_source.h"
 #include "output.h"
 #include "page.h"
@@ -214,7 +215,7 @@ static u64 countGames(const Work& work) {
 i32 analyseGames(const Options& options) {
     Work work{options};
     work.progress = startProgress(0);
-    std::string fault = checkFiles(options.files);
+    std::string fault = checkFiles(options);
     fault = fault.empty() ? readAll(work) : fault;
     if (!fault.empty()) {
         complain(work.progress, fault);

@@ -134,20 +134,6 @@ std::string readWhole(const std::string& file, std::string& text) {
     return fault;
 }
 
-std::string checkFiles(const std::vector<std::string>& files) {
-    for (const std::string& file : files) {
-        const int descriptor = openInput(file);
-        struct stat status {};
-        const bool opened = descriptor >= 0 && fstat(descriptor, &status) == 0;
-        const int error = opened && S_ISDIR(status.st_mode) ? EISDIR : errno;
-        closeInput(descriptor);
-        if (!opened || S_ISDIR(status.st_mode)) {
-            return shownName(file) + ": " + std::strerror(error);
-        }
-    }
-    return {};
-}
-
 static bool isRegular(const std::string& file) {
     struct stat status {};
     return file != "-" && stat(file.c_str(), &status) == 0 && S_ISREG(status.st_mode);

@@ -39,8 +39,5 @@ struct LineSource {
 /// Reads a whole file, or standard input for "-". Returns an empty text, or what is wrong with it.
 [[nodiscard]] std::string readWhole(const std::string& file, std::string& text);
 
-/// Opens each file for a moment. Returns an empty text, or what is wrong with the first that cannot be read.
-[[nodiscard]] std::string checkFiles(const std::vector<std::string>& files);
-
 /// Lines that the files hold, at most those of the range; 0 if that cannot be told without reading a pipe.
 [[nodiscard]] u64 countLines(const std::vector<std::string>& files, const LineRange& range);

@@ -6,11 +6,22 @@
 #include "positions.h"
 #include "worker_pool.h"
 
+#include <fcntl.h>
 #include <cstdio>
 #include <exception>
 #include <new>
 
+// Where a standard stream is closed, a pipe of ours would get its number. What stands there instead refuses its direction.
+static void fillStandardDescriptors() {
+    for (int descriptor = 0; descriptor <= 2; ++descriptor) {
+        if (fcntl(descriptor, F_GETFD) < 0) {
+            static_cast<void>(open("/dev/null", descriptor == 0 ? O_WRONLY : O_RDONLY));
+        }
+    }
+}
+
 int main(int argc, char** argv) {
+    fillStandardDescriptors();
     try {
         Options options;
         i32 status = 0;

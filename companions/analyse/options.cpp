@@ -66,8 +66,12 @@ static void describe(CLI::App& app, Options& options, RawOptions& raw) {
         ->check(CLI::Range(1, hashMax));
     app.add_option("--lines", raw.lines,
                    "Only these lines of the input (A-B, A- or -B); with --pgn these games");
+    const auto isName = [](const std::string& text) {
+        return std::string(text.empty() ? "no name of a file" : "");
+    };
     app.add_option("--resume", options.resumeFile,
-                   "An earlier output: what stands there is not searched again");
+                   "An earlier output: what stands there is not searched again")
+        ->check(isName);
     app.add_flag("--pgn", options.pgn, "The input is games, which are annotated move by move");
     app.add_option("--threshold", raw.threshold,
                    "With --pgn: loss in pawns from which a better line is told; 0.5")
@@ -75,7 +79,8 @@ static void describe(CLI::App& app, Options& options, RawOptions& raw) {
     app.add_flag("--json", options.json, "One JSON object a line");
     app.add_flag("--acs", raw.acs, "Write the seconds also where no clock limits the search");
     app.add_option("--html", options.htmlFile,
-                   "With --pgn or --suite: write a page of charts and tables to this file");
+                   "With --pgn or --suite: write a page of charts and tables to this file")
+        ->check(isName);
     app.add_flag("--suite", options.suite, "Judge bm and am, and end with a table");
 }
 
@@ -100,6 +105,9 @@ static bool settle(Options& options, const RawOptions& raw, i32& status) {
     }
     if (options.pgn && options.json && !options.resumeFile.empty()) {
         return refuse("--resume and --json do not go together with --pgn", status);
+    }
+    if (std::isnan(raw.seconds) || std::isnan(raw.threshold)) {
+        return refuse("--time and --threshold are numbers", status);
     }
     options.limits.milliseconds = std::llround(raw.seconds * 1000);
     if (options.limits.depth == 0 && options.limits.milliseconds == 0 && options.limits.nodes == 0) {

@@ -2,6 +2,7 @@
 #include "positions.h"
 
 #include "epd.h"
+#include "file_checks.h"
 #include "line_source.h"
 #include "output.h"
 #include "page.h"
@@ -303,7 +304,7 @@ static bool pageIsWritten(const Work& work) {
 i32 analysePositions(const Options& options) {
     Work work{options, {options.files, options.lines}};
     work.progress = startProgress(0);
-    std::string fault = checkFiles(options.files);
+    std::string fault = checkFiles(options);
     if (fault.empty() && !options.resumeFile.empty()) {
         fault = readEarlier(work);
     }

@@ -30,6 +30,7 @@ void catchSignals() {
         sigaction(number, &action, nullptr);
     }
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 i32 caughtSignal() {
@@ -77,12 +78,16 @@ static bool takeFirstLine(std::string& bytes, std::string& line) {
 
 static pid_t parentProcess = 0;
 
+constexpr int noMemoryStatus = 3;
+
 static bool parentLives() {
     return getppid() == parentProcess;
 }
 
 [[noreturn]] static void work(int input, int output, const PoolOrder& order) {
-    setUpAnalysis(order.hashMegabytes);
+    if (!setUpAnalysis(order.hashMegabytes)) {
+        _exit(noMemoryStatus);
+    }
     std::string bytes;
     std::string line;
     while (readSome(input, bytes)) {
@@ -179,6 +184,9 @@ static std::string bury(const Worker& worker) {
     }
     if (WIFSIGNALED(status)) {
         return "the worker was ended by signal " + std::to_string(WTERMSIG(status));
+    }
+    if (WEXITSTATUS(status) == noMemoryStatus) {
+        return "there is not enough memory for the hash table";
     }
     return "the worker ended with status " + std::to_string(WEXITSTATUS(status));
 }

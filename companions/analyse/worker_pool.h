@@ -29,7 +29,8 @@ enum class PoolEnd : u8 { done, refused, interrupted, noProcess };
 /// Lets workers analyse all that `next` gives. SIGINT, SIGTERM and SIGHUP end it early; after any end no worker is left.
 [[nodiscard]] PoolEnd runPool(const PoolOrder& order);
 
-/// Makes the three signals end a pool, and a closed pipe an error of writing. Once, at the start.
+/// Makes the three signals end a pool, and a closed pipe or a file that may not grow an error of writing. Once, at the
+/// start.
 void catchSignals();
 
 /// The signal that has come, or 0.

@@ -12,10 +12,7 @@ bool isWanted() {
 }
 
 Analysis searched(const std::string& fen, const Limits& limits) {
-    static const bool setUp = [] {
-        setUpAnalysis(4);
-        return true;
-    }();
+    static const bool setUp = setUpAnalysis(4);
     EXPECT_TRUE(setUp);
     return analysePosition({fen, {}}, limits, isWanted);
 }

@@ -202,3 +202,16 @@ TEST(Annotation, AMoveThatIsJudgedAlreadyKeepsItsGlyph) {
     EXPECT_EQ(annotatedGame(game, analyses, judgeGame(game, analyses), 5000),
               "1. e4 $1 { mine} {[%eval #-2] [%depth 5]} *\n\n");
 }
+
+TEST(Annotation, ABetterLineThatStandsThereIsNotWrittenTwice) {
+    const std::vector<Analysis> analyses{scored(300, {"d4", "d5"}), scored(0, {"e5"})};
+    const auto annotated = [&](const std::string& text) {
+        const Game game = onlyGame(text);
+        return annotatedGame(game, analyses, judgeGame(game, analyses), 50);
+    };
+    const std::string once = annotated("1. e4 *");
+    EXPECT_EQ(annotated(once), once);
+    const std::string broken = annotated("1. e4 $4 (1. d4\n d5 {[%eval 3.00]\n[%depth 5]}) *");
+    EXPECT_EQ(broken.find("(1. d4"), broken.rfind("(1. d4")) << broken;
+    EXPECT_NE(annotated("1. e4 (1. d4 d5) *").find("(1. d4 d5 {["), std::string::npos);
+}

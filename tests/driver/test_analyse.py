@@ -37,6 +37,20 @@ class Positions(AnalyseTest):
         self.assertEqual(self.errors, "standard input:4: the board is not eight ranks of eight squares\n"
                                       "standard input:8: each side needs one king\n")
 
+    def test_how_lines_end_and_a_file_begins_makes_no_difference(self):
+        lines = f"{START}\n\n{MATE_IN_ONE} id \"a;b\";\n"
+        whole = self.analyse("--depth", "2", given=lines)
+        self.assertEqual(self.analyse("--depth", "2", given="\ufeff" + lines.replace("\n", "\r\n")), whole)
+        first = self.write("first", "\ufeff" + lines)
+        self.assertEqual(self.analyse("--depth", "2", first, first), whole * 2)
+        self.assertEqual(self.analyse("--depth", "2", given=lines.rstrip("\n")), whole)
+
+    def test_a_line_of_megabytes_is_one_line(self):
+        long = "x" * 20_000_000
+        output = self.analyse("--depth", "1", given=f"{long}\n{START}\n").splitlines()
+        self.assertTrue(output[0].endswith(": " + long))
+        self.assertIn(" pm ", output[1])
+
     def test_the_same_bytes_for_any_number_of_jobs(self):
         whole = self.analyse("--depth", "4", "--jobs", "1", WELL_KNOWN)
         self.assertEqual(len(whole.splitlines()), len(well_known_lines()))
@@ -174,7 +188,8 @@ class Accidents(AnalyseTest):
     def test_bad_command_lines(self):
         for arguments in (["--depth", "0"], ["--depth", "65"], ["--depth", "x"], ["--unknown"], ["--time", "-1"],
                           ["--nodes", "0"], ["--jobs", "0"], ["--hash", "0"], ["--lines", "x"], ["--lines", "5-4"],
-                          ["--lines", "0-4"], ["--lines", "-"]):
+                          ["--lines", "0-4"], ["--lines", "-"], ["--lines", "1-2-3"], ["--time", "nan"],
+                          ["--threshold", "nan"], ["--resume", ""], ["--suite", "--html", ""]):
             with self.subTest(arguments):
                 self.assertEqual(self.analyse(*arguments, status=2), "")
                 self.assertRegex(self.errors, r"^tarvelmon-analyse: .+\nTry: tarvelmon-analyse --help\n$")
@@ -189,6 +204,64 @@ class Accidents(AnalyseTest):
         self.assertEqual(self.errors, ".: Is a directory\n")
         self.analyse("--resume", "nosuchfile", status=1)
         self.assertEqual(self.errors, "nosuchfile: No such file or directory\n")
+
+    def test_a_file_is_not_input_and_output(self):
+        file = self.write("all.epd", START + "\n")
+        page = self.write("page.html", "kept")
+        for command, told in (("--depth 1 all.epd >>all.epd", "all.epd: it is the output as well"),
+                              ("--depth 1 <all.epd >>all.epd", "standard input: it is the output as well"),
+                              ("--depth 1 --resume all.epd page.html >>all.epd", "all.epd: it is the output as well"),
+                              ("--suite --html ./all.epd all.epd", "./all.epd: it is an input as well"),
+                              ("--suite --html all.epd --resume all.epd page.html", "all.epd: it is an input as well"),
+                              ("--suite --html page.html all.epd >>page.html", "page.html: it is the output as well")):
+            with self.subTest(command):
+                done = subprocess.run(f"'{PROGRAM}' {command}", shell=True, cwd=self.folder, stdout=subprocess.PIPE,
+                                      stderr=subprocess.PIPE, text=True, timeout=PATIENCE, check=False)
+                self.assertEqual((done.returncode, done.stdout, done.stderr), (1, "", told + "\n"))
+                self.assertEqual((text_of(file), text_of(page)), (START + "\n", "kept"))
+
+    def test_a_page_that_cannot_be_written_is_told_before_the_work(self):
+        for page, told in (("none/x", "No such file or directory"), (".", "Is a directory")):
+            self.assertEqual(self.analyse("--suite", "--html", page, WELL_KNOWN, status=1), "")
+            self.assertEqual(self.errors, f"{page}: {told}\n")
+
+    def test_named_pipes_are_read_once(self):
+        for arguments in ([], ["--pgn"]):
+            pipe = self.path("pipe" + "".join(arguments))
+            os.mkfifo(pipe)
+            writer = subprocess.Popen(["sh", "-c", 'echo "$0" >"$1"', "1. e4 *" if arguments else START, pipe])
+            self.addCleanup(writer.kill)
+            self.assertRegex(self.analyse("--depth", "2", *arguments, pipe), r"acd 2;|%depth 2\]")
+            self.assertEqual(writer.wait(PATIENCE), 0)
+
+    def run_under(self, limits, *arguments):
+        done = subprocess.run(["bash", "-c", f"{limits}; exec \"$0\" \"$@\"", PROGRAM, *arguments], cwd=self.folder,
+                              stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
+                              timeout=PATIENCE, check=False)
+        return done.returncode, done.stdout, done.stderr
+
+    def test_streams_that_are_closed(self):
+        file = self.write("five.epd", (START + "\n") * 5)
+        bad = "Bad file descriptor\n"
+        status, output, errors = self.run_under("exec >&-", "--depth", "2", "--jobs", "2", file)
+        self.assertEqual((status, output, errors), (1, "", "tarvelmon-analyse: standard output: " + bad))
+        self.assertEqual(self.run_under("exec <&-", "--depth", "2"), (1, "", "standard input: " + bad))
+        status, output, _ = self.run_under("exec 2>&-", "--depth", "2", "--jobs", "2", file, self.write("bad", "x\n"))
+        self.assertEqual((status, output.count(" pm "), output.count("# ")), (0, 5, 1))
+        self.assertEqual(self.run_under("exec <&- >&- 2>&-", "--depth", "2", file), (1, "", ""))
+
+    def test_a_file_that_may_not_grow_is_told(self):
+        self.write("many.epd", (START + "\n") * 30)
+        done = self.run_under("ulimit -f 1; exec >found", "--depth", "1", "many.epd")
+        self.assertEqual(done, (1, "", "tarvelmon-analyse: standard output: File too large\n"))
+
+    @unittest.skipIf(bool(os.environ.get("TARVELMON_SANITIZE")), "a sanitizer reserves more")
+    def test_a_table_that_cannot_be_had_is_told_on_the_line(self):
+        told = "there is not enough memory for the hash table"
+        status, output, errors = self.run_under("ulimit -v 400000", "--hash", "4000", "--jobs", "1",
+                                                self.write("one.epd", START + "\n"))
+        self.assertEqual((status, output), (1, f"# {told}: {START}\n"))
+        self.assertTrue(errors.startswith(self.path("one.epd") + ":1: " + told + "\n"))
 
     def test_bytes_of_any_kind_are_no_position(self):
         with open(self.path("bytes"), "wb") as file:
@@ -241,6 +314,16 @@ class Resume(AnalyseTest):
 
 class ProgressLine(AnalyseTest):
 
+    @staticmethod
+    def all_of(terminal):
+        """What was written to it; nobody has its other end any more."""
+        seen = b""
+        while True:
+            try:
+                seen += os.read(terminal, 1 << 16)
+            except OSError:
+                return seen.decode()
+
     def test_a_terminal_sees_how_far_it_is(self):
         master, slave = pty.openpty()
         process = subprocess.Popen([PROGRAM, "--jobs", "1", "--time", "0.3", "--lines", "-8", WELL_KNOWN],
@@ -248,7 +331,7 @@ class ProgressLine(AnalyseTest):
         os.close(slave)
         lines = process.stdout.read().splitlines()
         self.assertEqual(process.wait(PATIENCE), 0)
-        seen = os.read(master, 1 << 16).decode()
+        seen = self.all_of(master)
         os.close(master)
         process.stdout.close()
         self.assertEqual(len(lines), 6)

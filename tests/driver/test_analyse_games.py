@@ -91,9 +91,13 @@ class Games(AnalyseTest):
         self.assertEqual(self.analyse("--pgn", "--depth", "3", "--lines", "1", given=GAMES) +
                          self.analyse("--pgn", "--depth", "3", "--lines", "2-", given=GAMES), whole)
 
-    def test_annotating_twice_changes_nothing_but_adds_no_comment(self):
-        once = self.analyse("--pgn", "--depth", "3", "--threshold", "50", given=GAMES)
-        self.assertEqual(self.analyse("--pgn", "--depth", "3", "--threshold", "50", given=once), once)
+    def test_annotating_again_adds_nothing(self):
+        for threshold in ("50", "0.5"):
+            once = self.analyse("--pgn", "--depth", "3", "--threshold", threshold, given=GAMES)
+            again = self.analyse("--pgn", "--depth", "3", "--threshold", threshold, given=once)
+            for mark in ("[%eval ", "(", "$", "{"):
+                self.assertEqual(again.count(mark), once.count(mark), mark)
+        self.assertEqual(self.analyse("--pgn", "--depth", "3", "--threshold", threshold, given=again), again)
 
     def test_a_game_that_cannot_be_played_stays_as_it_is(self):
         output = self.analyse("--pgn", "--depth", "3", given=FAULTY + "\n" + GAMES)
