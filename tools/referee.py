@@ -63,9 +63,11 @@ def argument_parser():
     parser.add_argument("--pgn", metavar="FILE", help="the games are added to it, and FILE.state keeps record of them")
     parser.add_argument("--resume", action="store_true", help="go on with the match on record, without repeating a game; "
                         "--games and --jobs may differ")
-    parser.add_argument("--sprt", dest="sprt_text", metavar="ELO0,ELO1[,ALPHA,BETA]", help="stop when the test has "
-                        "decided between a difference of ELO0 and one of ELO1, with these errors (0.05 each)")
-    parser.add_argument("--ponder", choices=("none", "ours", "first", "both"), default="none")
+    parser.add_argument("--sprt", dest="sprt_text", metavar="ELO0,ELO1[,ALPHA,BETA]", help="stop when the "
+                        "generalised sequential probability ratio test on the results of pairs (pentanomial, logistic "
+                        "Elo) has decided between a difference of ELO0 and one of ELO1, with these errors (0.05 each)")
+    parser.add_argument("--ponder", choices=("none", "ours", "first", "both"), default="none",
+                        help="who thinks in the opponent's time; \"ours\" are those that call themselves tarvelmon")
     parser.add_argument("--max-plies", type=int, default=400, help="a longer game is a draw")
     parser.add_argument("--ini", default=INI, help="text of tarvelmon.ini")
     parser.add_argument("--margin", type=float, default=0.0, help="seconds a clock may run over")
