@@ -144,6 +144,8 @@ class Referee:
             if self.has_verdict():
                 return
         match = Match(self.arguments.first, self.arguments.opponents, self.options, self.arguments.openings)
+        for number in (signal.SIGINT, signal.SIGTERM):
+            signal.signal(number, lambda *_: match.interrupt())
         match.play(tasks, self.arguments.jobs, self.on_game)
 
     def on_game(self, task, record):
@@ -188,10 +190,6 @@ def time_control_tag(options):
     return f"{options.seconds:g}" + (f"+{options.increment:g}" if options.increment else "")
 
 
-def stop(signal_number, frame):
-    raise KeyboardInterrupt
-
-
 def main():
     parser = argument_parser()
     arguments = parse_arguments(parser)
@@ -203,7 +201,6 @@ def main():
     except (JournalError, OSError) as error:
         parser.error(str(error))
     referee = Referee(arguments, options, journal)
-    signal.signal(signal.SIGTERM, stop)
     stopped = False
     try:
         referee.play()

@@ -40,9 +40,18 @@ def is_running(process):
 
 class MatchTest(ScratchFolderTest):
     def start(self, *arguments):
-        return subprocess.Popen([sys.executable, "-B", os.path.join(TOOLS, "referee.py"), "--time", "600+1",
-                                 "--max-plies", "12", *arguments], cwd=self.folder, stdout=subprocess.PIPE,
-                                stderr=subprocess.PIPE, text=True)
+        process = subprocess.Popen([sys.executable, "-B", os.path.join(TOOLS, "referee.py"), "--time", "600+1",
+                                    "--max-plies", "12", *arguments], cwd=self.folder, stdout=subprocess.PIPE,
+                                   stderr=subprocess.PIPE, text=True)
+        self.addCleanup(self.end, process)
+        return process
+
+    @staticmethod
+    def end(process):
+        process.kill()
+        process.wait()
+        process.stdout.close()
+        process.stderr.close()
 
     def play(self, *arguments, status=0):
         """What the referee prints; `errors` is what it says beside."""

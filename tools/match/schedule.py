@@ -31,6 +31,12 @@ class Match:
         self.options = options
         self.openings = openings
         self.stopping = threading.Event()
+        self.ended = queue.SimpleQueue()  # (task, record) or (None, what is to be raised)
+
+    def interrupt(self):
+        """Ends play() by KeyboardInterrupt, after the games that have ended have been told of. For handlers of signals,
+        which must not break in where a game is put on record."""
+        self.ended.put((None, KeyboardInterrupt()))
 
     def play_task(self, task):
         return play_game([self.first, self.opponents[task.opponent]], self.options, self.openings.of_pair(task.pair),
@@ -41,7 +47,7 @@ class Match:
         returns true, or something is raised, the games that are under way are broken off and forgotten."""
         # Of a thread that computes on the rules, those that take the times of the moves need not wait long.
         sys.setswitchinterval(0.0005)
-        waiting, ended = queue.SimpleQueue(), queue.SimpleQueue()
+        waiting = queue.SimpleQueue()
         for task in tasks:
             waiting.put(task)
 
@@ -56,15 +62,15 @@ class Match:
                 except Exception as error:  # for the main thread to raise
                     record = error
                 if not self.stopping.is_set():
-                    ended.put((task, record))
+                    self.ended.put((task, record))
 
         workers = [threading.Thread(target=work) for _ in range(jobs)]
         for worker in workers:
             worker.start()
         try:
             for _ in tasks:
-                task, record = ended.get()
-                if isinstance(record, Exception):
+                task, record = self.ended.get()
+                if isinstance(record, BaseException):
                     raise record
                 if on_game(task, record):
                     break
