@@ -15,6 +15,12 @@ struct Limits {
 
 constexpr i32 deepestDepth = 64;
 
+/// Whether a search that ended at this depth may be one with these limits: with nothing but a depth it ends there or, where
+/// moves are forced, beyond.
+[[nodiscard]] constexpr bool isAnswerTo(const Limits& limits, i64 depth) {
+    return limits.milliseconds != 0 || limits.nodes != 0 || depth >= limits.depth;
+}
+
 /// A position by where its game began, for what stood before counts as repeated.
 struct Position {
     std::string fen;           // as readFen gives it

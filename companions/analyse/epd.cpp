@@ -24,9 +24,9 @@ static std::string_view trimmed(std::string_view text) {
     return text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
 }
 
-// Up to the semicolon outside quotation marks, which goes too.
-static std::string_view takeOperation(std::string_view& text) {
-    bool quoted = false;
+// Up to the semicolon outside quotation marks, which goes too. `quoted` tells whether a quotation has no end.
+static std::string_view takeOperation(std::string_view& text, bool& quoted) {
+    quoted = false;
     std::size_t end = 0;
     while (end < text.size() && (quoted || text[end] != ';')) {
         quoted = quoted != (text[end] == '"');
@@ -40,7 +40,11 @@ static std::string_view takeOperation(std::string_view& text) {
 static std::string readOperations(std::string_view text, std::vector<Operation>& operations) {
     text = trimmed(text);
     while (!text.empty()) {
-        const std::string_view operation = takeOperation(text);
+        bool isOpen = false;
+        const std::string_view operation = takeOperation(text, isOpen);
+        if (isOpen) {
+            return "a quotation has no end";
+        }
         text = trimmed(text);
         if (operation.empty()) {
             continue;
@@ -55,15 +59,12 @@ static std::string readOperations(std::string_view text, std::vector<Operation>&
     return {};
 }
 
-// Takes an operation out of the list; its operands, or an empty text.
+// Takes all operations of a code out of the list; operands of the first, or an empty text.
 static std::string takeOut(std::vector<Operation>& operations, std::string_view code) {
-    const auto found =
-        std::ranges::find_if(operations, [&](const Operation& known) { return known.code == code; });
-    if (found == operations.end()) {
-        return {};
-    }
-    std::string operands = found->operands;
-    operations.erase(found);
+    const auto isMeant = [&](const Operation& operation) { return operation.code == code; };
+    const auto found = std::ranges::find_if(operations, isMeant);
+    std::string operands = found == operations.end() ? "" : found->operands;
+    std::erase_if(operations, isMeant);
     return operands;
 }
 

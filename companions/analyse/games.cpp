@@ -6,6 +6,7 @@
 #include "line_source.h"
 #include "output.h"
 #include "page.h"
+#include "words.h"
 #include "worker_pool.h"
 
 #include <deque>
@@ -68,13 +69,37 @@ static bool writeReady(Work& work) {
 
 // ---- an earlier output ----------------------------------------------------------------------------------------
 
+// Of the search behind a move, as an annotation tells it; -1 if none does.
+static i64 toldDepth(const GameMove& move) {
+    constexpr std::string_view command = "[%depth ";
+    i64 depth = -1;
+    for (const GameItem& item : move.after) {
+        const std::size_t at = item.kind == ItemKind::comment ? item.text.rfind(command) : std::string::npos;
+        if (at != std::string::npos) {
+            depth = numberOr(std::string_view(item.text).substr(at + command.size()), -1);
+        }
+    }
+    return depth;
+}
+
+// Whether each move has its annotation; a mate has none, and a stalemate that of depth 0.
+static bool isAnnotated(const Game& game, const Limits& limits) {
+    for (const GameMove& move : game.moves) {
+        const i64 depth = toldDepth(move);
+        const bool isLast = &move == &game.moves.back();
+        const bool isEnd = isLast && (depth == 0 || (depth < 0 && move.san.ends_with('#')));
+        if (!isEnd && (depth < 0 || !isAnswerTo(limits, depth))) {
+            return false;
+        }
+    }
+    return true;
+}
+
 static void noteEarlierGames(Work& work, const std::string& text) {
     GameText games{text};
     Game game;
     while (nextGame(games, game)) {
-        const bool analysed = game.moves.empty() || game.raw.find("[%depth ") != std::string::npos;
-        if (game.ended && game.fault.empty() && analysed &&
-            game.raw.find(std::string("{") + notAnalysed) == std::string::npos) {
+        if (game.ended && game.fault.empty() && isAnnotated(game, work.options.limits)) {
             work.earlier[gameKey(game)] = game.raw + "\n\n";
         }
     }

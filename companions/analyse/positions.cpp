@@ -130,10 +130,9 @@ static bool writeReady(Work& work) {
 
 // ---- an earlier output ----------------------------------------------------------------------------------------
 
-// A search to a depth ends there or, where moves are forced, beyond; mates and stalemates need none.
+// Mates and stalemates need no depth.
 static bool isDeepEnough(i64 depth, bool hasLine, const Options& options) {
-    const bool onlyDepth = options.limits.milliseconds == 0 && options.limits.nodes == 0;
-    return !hasLine || !onlyDepth || depth >= options.limits.depth;
+    return !hasLine || isAnswerTo(options.limits, depth);
 }
 
 static bool readEarlierEpd(const std::string& text, const Options& options, std::string& key) {
@@ -152,7 +151,7 @@ static bool readEarlierEpd(const std::string& text, const Options& options, std:
 static bool readEarlierJson(const std::string& text, const Options& options, std::string& key) {
     const json object = json::parse(text, nullptr, false);
     if (!object.is_object() || !object.contains("epd") || !object["epd"].is_string() ||
-        (options.suite && !object.contains("solved_depth"))) {
+        (options.suite && !object.value("solved_depth", json()).is_number_integer())) {
         return false;
     }
     key = object["epd"];
@@ -186,7 +185,8 @@ static SuiteResult earlierResult(const Entry& entry, const Options& options) {
     }
     const json object = json::parse(entry.output, nullptr, false);
     const std::vector<std::string> id = operandsOf(entry.epd, "id");
-    const double seconds = object.value("solved_seconds", -1.0);
+    const json told = object.value("solved_seconds", json());
+    const double seconds = told.is_number() ? told.get<double>() : -1;
     return {id.empty() ? "" : id.front(), object.value("solved_depth", 0),
             seconds < 0 ? -1 : static_cast<i32>(std::lround(seconds * 1000))};
 }

@@ -50,6 +50,8 @@ TEST(Epd, TwoWritingsOfTheSameWorkBecomeOne) {
 TEST(Epd, ClocksReachThePosition) {
     EXPECT_TRUE(readEpd(std::string(startFields) + " hmvc 7; fmvn 40;").fen.ends_with(" 7 40"));
     EXPECT_TRUE(readEpd(std::string(startFields) + " 7 40").fen.ends_with(" 7 40"));
+    EXPECT_EQ(plainEpd(readEpd(std::string(startFields) + " hmvc 7; hmvc 8; hmvc 9;")),
+              std::string(startFields) + " hmvc 7;");
     EXPECT_TRUE(readEpd(std::string(startFields) + " bm e4;").fen.ends_with(" 0 1"));
 }
 
@@ -58,6 +60,7 @@ TEST(Epd, WhatIsNoPositionIsTold) {
     EXPECT_EQ(readEpd("8/8/8/8/8/8/8/K7 w - -").fault, "each side needs one king");
     EXPECT_EQ(readEpd(std::string(startFields) + " ;;").fault, "");
     EXPECT_EQ(readEpd(std::string(startFields) + " \"x\";").fault, "an operation has no name");
+    EXPECT_EQ(readEpd(std::string(startFields) + " bm e4; id \"x;").fault, "a quotation has no end");
     for (const char* text : {"\"", "w w w w", ";", "8/8/8/8/8/8/8/8 w - - 0 1 \"\"\""}) {
         EXPECT_NE(readEpd(text).fault, "") << text;
     }

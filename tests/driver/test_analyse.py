@@ -300,6 +300,16 @@ class Resume(AnalyseTest):
         self.assertEqual(self.analyse("--depth", "3", "--resume", self.path("earlier"),
                                       given=START + "\n" + MATE_IN_ONE + "\n"), deep)
 
+    def test_an_earlier_output_of_any_kind_does_no_harm(self):
+        command = ["--depth", "2", "--suite", "--json", "--lines", "3-5", WELL_KNOWN]
+        whole = self.analyse(*command)
+        first = json.loads(whole.splitlines()[0])
+        for name, value in (("solved_depth", "x"), ("solved_depth", None), ("epd", 3), ("depth", {}), ("pv", "x")):
+            self.write("earlier", json.dumps({**first, name: value}) + "\n" + "[" * 10000 + "\n\0\xff\n{}\n3\n")
+            self.assertEqual(self.analyse("--resume", self.path("earlier"), *command), whole)
+        self.write("earlier", json.dumps({**first, "solved_seconds": "x"}) + "\n")
+        self.assertEqual(len(self.analyse("--resume", self.path("earlier"), *command).splitlines()), 4)
+
     def test_after_a_kill_on_the_way_the_whole_is_the_same(self):
         whole = self.analyse("--depth", "6", WELL_KNOWN)
         with open(self.path("part"), "w", encoding="ascii") as part:

@@ -161,6 +161,16 @@ class Games(AnalyseTest):
             self.write("part", marked[:length])
             self.assertEqual(self.analyse("--pgn", "--depth", "3", "--resume", self.path("part"), given=GAMES), marked)
 
+    def test_less_depth_and_moves_without_an_evaluation_are_searched_again(self):
+        whole = self.analyse("--pgn", "--depth", "3", given=GAMES)
+        for earlier in (self.analyse("--pgn", "--depth", "2", given=GAMES), GAMES,
+                        re.sub(r"\{\[%eval [^]]*\] \[%depth 3\]\}", "", whole, count=1),
+                        re.sub(r"\{\[%eval [^]]*\] \[%depth 3\]\}", "{not analysed: x}", whole, count=1),
+                        whole.replace("[%depth 3]", "[%depth x]", 1)):
+            self.write("part", earlier)
+            again = self.analyse("--pgn", "--depth", "3", "--resume", self.path("part"), given=GAMES)
+            self.assertEqual(again, whole)
+
     def test_a_worker_that_dies_leaves_its_move_alone(self):
         process = self.start("--pgn", "--jobs", "1", "--time", "1")
         process.stdin.write("1. e4 e5 *\n")
