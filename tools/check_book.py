@@ -6,7 +6,8 @@
 OPENINGS is a file of opening lines as tarvelmon-book reads them, data/book/openings.txt without it. tarvelmon-analyse
 (in build-test or build, or --analyse PROGRAM) searches each position of the lines once, from empty tables, to --depth.
 A move without "?" is a finding if its side stands worse than --limit pawns afterwards, or if the score has fallen by
-more than that against the position before. Both scores are of the same depth.
+more than that against the position before. Both scores are of the same depth. What a side only comes to by a move of
+its own with "?" is not judged: the engine does not play there.
 
 --results FILE keeps what has been searched, as EPD: it is added to line by line, and a later call searches only what is
 new, whatever the lines were before. With --only, only the positions of that file of lines are searched now; what is not
@@ -85,6 +86,23 @@ class Book:
         if text not in book_position.next:
             book_position.next[text] = self.known(book_position.position.legal_moves()[text])
         return text, book_position.next[text]
+
+    def moves_played(self):
+        """The moves to be played that their side comes to without a move of its own that is only answered."""
+        played = set()
+        for white in (True, False):
+            waiting, met = [self.start], {self.start.epd}
+            while waiting:
+                now = waiting.pop()
+                for text, after in now.next.items():
+                    if now.position.white == white:
+                        if (now.epd, text) not in self.moves:
+                            continue
+                        played.add((now.epd, text))
+                    if after.epd not in met:
+                        met.add(after.epd)
+                        waiting.append(after)
+        return [move for key, move in self.moves.items() if key in played]
 
     def read_line(self, number, line):
         """Adds a line of play; raises NotationError."""
@@ -192,10 +210,10 @@ def faults_of(move, scores, limit):
     return faults
 
 
-def report(path, book, scores, limit):
-    """Prints the findings in the order of the lines; their number."""
+def report(path, moves, scores, limit):
+    """Prints the findings; their number."""
     findings = 0
-    for move in book.moves.values():
+    for move in moves:
         faults = faults_of(move, scores, limit)
         if faults:
             findings += 1
@@ -244,9 +262,10 @@ def check(arguments):
         command = [str(arguments.analyse or analyse_program()), "--depth", str(arguments.depth),
                    "--hash", str(arguments.hash), "--jobs", str(arguments.jobs)]
         results.search(command, wanted)
-    findings = report(arguments.openings, book, results.scores, round(arguments.limit * 100))
-    judged = sum(move.after.epd in results.scores and move.before.epd in results.scores for move in book.moves.values())
-    print(f"{len(book.positions)} positions, {len(book.moves)} moves to be played, {judged} of them judged; "
+    moves = book.moves_played()
+    findings = report(arguments.openings, moves, results.scores, round(arguments.limit * 100))
+    judged = sum(move.after.epd in results.scores and move.before.epd in results.scores for move in moves)
+    print(f"{len(book.positions)} positions, {len(moves)} moves to be played, {judged} of them judged; "
           f"{findings} findings")
     return 1 if findings else 0
 

@@ -43,6 +43,13 @@ class CheckBook(AnalyseTest):
     def test_what_is_only_answered_is_not_judged(self):
         self.check(GOOD_LINES + "1. e4 e5 2. Nf3 Nc6 3. Nxe5? Nxe5\n1. e4 e5 2. Nf3 Qg5?! 3. Nxg5\n")
 
+    def test_what_follows_an_own_move_that_is_only_answered_is_not_judged(self):
+        lines = GOOD_LINES + "1. e4 e5 2. Nf3 Qg5? 3. Nxg5 d6 4. Nf3\n"
+        self.assertIn("15 positions, 12 moves to be played, 12 of them judged", self.check(lines)[0])
+        found = self.check(lines + "1. e4 e5 2. Nf3 d6 3. d4 Qg5 4. Nxg5\n", status=1)
+        self.assertEqual(len(found), 2, found)
+        self.assertIn("3... Qg5", found[0])
+
     def test_a_move_in_several_lines_is_told_once(self):
         found = self.check("1. e4 e5 2. Nf3 Qg5 3. Nxg5\n1. e4 e5 2. Nf3 Qg5 3. d4\n", status=1)
         self.assertIn(" (and in 1 more)", found[0])
