@@ -16,8 +16,8 @@ kinds=(search perft evaluation tables)
 tolerance=103 # percent of the recorded instructions
 pairs=7
 jobsDepth=9
-jobsCopies=6
-jobsPairs=5
+jobsCopies=12
+jobsPairs=3
 docs=$(dirname "$(realpath "${BASH_SOURCE[0]}")")/../docs
 
 scratch=$(mktemp -d)

@@ -11,6 +11,7 @@ import unittest
 
 from analyse import AnalyseTest, PROGRAM, SUITES, WELL_KNOWN, chess, children, end, text_of
 from engine import PATIENCE
+from test_documents import TOP
 
 START = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq -"
 MATE_IN_ONE = "6k1/5ppp/8/8/8/8/5PPP/3R2K1 w - -"
@@ -193,6 +194,18 @@ class Accidents(AnalyseTest):
             with self.subTest(arguments):
                 self.assertEqual(self.analyse(*arguments, status=2), "")
                 self.assertRegex(self.errors, r"^tarvelmon-analyse: .+\nTry: tarvelmon-analyse --help\n$")
+
+    def test_the_manual_page_has_the_options_of_the_help_text(self):
+        page = text_of(TOP / "docs/man/tarvelmon-analyse.6").replace("\\-", "-")
+        helped = self.analyse("--help")
+        options = set(re.findall(r"(--\w+)", helped))
+        self.assertGreaterEqual(len(options), 15)
+        for option in options:
+            self.assertRegex(page, rf"(?m)^\.(B|BI|BR) {option}\b")
+        for limit in ("64", "0.5", "12"):
+            self.assertIn(limit, helped)
+            self.assertIn(limit, page)
+        self.assertRegex(self.analyse("--version"), r"^tarvelmon-analyse \d+\.\d+\n$")
 
     def test_nothing_usable(self):
         self.analyse(status=1)
