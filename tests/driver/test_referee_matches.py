@@ -42,7 +42,8 @@ class MatchTest(ScratchFolderTest):
     def start(self, *arguments):
         process = subprocess.Popen([sys.executable, "-B", os.path.join(TOOLS, "referee.py"), "--time", "600+1",
                                     "--max-plies", "12", *arguments], cwd=self.folder, stdout=subprocess.PIPE,
-                                   stderr=subprocess.PIPE, text=True)
+                                   stderr=subprocess.PIPE, text=True,
+                                   env={**os.environ, "TMPDIR": self.folder})  # for what a killed referee leaves
         self.addCleanup(self.end, process)
         return process
 
