@@ -1,5 +1,4 @@
 // Static evaluations a second over a fixed set. The sum of all values is checked.
-#include "board/board.h"
 #include "eval_set.h"
 #include "hash/hash.h"
 #include "repeats.h"
@@ -28,7 +27,6 @@ BENCHMARK(evaluateWithWarmPawnHash)
     ->Unit(benchmark::kMillisecond);
 
 int main(int argc, char** argv) {
-    initBoardTables();
     setUpEvaluations();
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();

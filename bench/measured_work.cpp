@@ -84,7 +84,6 @@ u64 measuredWork(const Work& work) {
 }
 
 static int doWork(const Work& work, int rounds) {
-    initBoardTables();
     work.setUp();
     u64 count = 0;
     for (int round = 0; round < rounds; ++round) {

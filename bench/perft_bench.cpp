@@ -36,7 +36,6 @@ static void registerCase(const PerftCase& c, const char* kind, i32 depth, u64 le
 }
 
 int main(int argc, char** argv) {
-    initBoardTables();
     for (const PerftCase& c : perftCases) {
         registerCase(c, "shallow", c.shallowDepth, c.shallowLeaves);
         registerCase(c, "fullDepth", c.fullDepth, c.fullLeaves);

@@ -26,7 +26,6 @@ static void printRate(const char* name, u64 nodes, const std::vector<double>& se
 
 int main(int argc, char** argv) {
     const int rounds = argc > 1 ? std::max(1, std::atoi(argv[1])) : 5;
-    initBoardTables();
     setUpFixedSearches();
     std::vector<std::vector<double>> seconds(searchCount);
     std::vector<double> roundSeconds;

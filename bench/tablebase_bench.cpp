@@ -47,7 +47,6 @@ static void measure(const char* name, Work work, i32 iterations) {
 }
 
 int main(int argc, char** argv) {
-    initBoardTables();
     measure("wdlOfSmallSet", {false, probeWdl, 1190}, 10);
     measure("dtzOfSmallSet", {false, probeDtz, 653}, 10);
     if (fullFolder() != nullptr) {

@@ -1,7 +1,6 @@
 // Start of a fuzz program and its files in memory.
 #include "fuzz_support.h"
 
-#include "board/board.h"
 #include "frontend/session.h"
 #include "frontend/thinking_lines.h"
 
@@ -24,7 +23,6 @@ static void makeNamesAbsolute(int argc, char** argv) {
 
 extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {
     makeNamesAbsolute(*argc, *argv);
-    initBoardTables();
     newGame();
     thinkingSink = printedThinking;
     return std::freopen("/dev/null", "w", stdout) != nullptr ? 0 : 1;

@@ -52,7 +52,7 @@ struct Analysis {
 [[nodiscard]] i32 mateDistance(i32 score);
 
 /// Takes the engine's globals for this program, and hash tables of so many megabytes. Lines that the core prints are
-/// dropped. Once in a process, with initBoardTables called before. False if there is no memory for tables of that size.
+/// dropped. Once in a process. False if there is no memory for tables of that size.
 [[nodiscard]] bool setUpAnalysis(i32 hashMegabytes);
 
 /// Searches a position. Where there is one legal move, the position behind it is searched instead, so that each has a

@@ -1,6 +1,5 @@
 // tarvelmon-analyse: searches collections of positions with many processes. Exit status 0 for success, 1 where nothing
 // could be used or written, 2 for a wrong command line, 128 and the signal's number where one has ended it.
-#include "board/board.h"
 #include "games.h"
 #include "options.h"
 #include "positions.h"
@@ -28,7 +27,6 @@ int main(int argc, char** argv) {
         if (!readOptions(argc, argv, options, status)) {
             return status;
         }
-        initBoardTables();
         catchSignals();
         return options.pgn ? analyseGames(options) : analysePositions(options);
     } catch (const std::bad_alloc&) {

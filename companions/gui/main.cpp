@@ -1,6 +1,5 @@
 // Entry point: the first line decides which protocol is spoken. This thread reads input to the end.
 #include "bench.h"
-#include "board/board.h"
 #include "input.h"
 #include "platform/platform.h"
 #include "platform/print.h"
@@ -60,7 +59,6 @@ int main(int argc, char** argv) {
     raiseMainStackLimit();
     makeStreamsBinary();
     ignoreInterrupts();
-    initBoardTables();
     if (argc == 2 && std::string_view(argv[1]) == "bench") {
         return runBench() ? 0 : 1;
     }

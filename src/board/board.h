@@ -219,10 +219,7 @@ inline Mossa pickBest(MoveList& list) {
     return move;
 }
 
-// ---- start and text -------------------------------------------------------------------------------------------
-
-/// Fills the sliding attack sets. Called once, first in `main` and in every test program.
-void initBoardTables();
+// ---- text -------------------------------------------------------------------------------------------
 
 /// Reads a FEN into the record at `board`, which does not move. Four fields are enough; a sixth is ignored.
 /// Returns 1, or 0 if rejected: a bad side token leaves the record as it was, a later fault leaves it partly

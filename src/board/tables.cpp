@@ -1,4 +1,5 @@
-// The lookup tables that are not constants of their header: lines between squares, sliding attacks, keys.
+// The lookup tables that are not constants of their header: lines between squares, sliding attacks, keys. All are worked
+// out by the compiler.
 #include "board/tables.h"
 
 #include "board/board.h"
@@ -85,12 +86,6 @@ static constexpr Directions rookDirections = {{{1, 0}, {0, 1}}};
 static constexpr i32 bishopAttackSets = 5248;
 static constexpr i32 rookAttackSets = 102400;
 
-constinit std::array<MagicEntry, 64> bishopMagic{};
-constinit std::array<MagicEntry, 64> rookMagic{};
-
-// The bishops' stretches, square 0 to 63, then the rooks'.
-static constinit std::array<TBB, bishopAttackSets + rookAttackSets> attackBlock{};
-
 // A line through a square, without the square.
 struct Line {
     TBB above;  // its squares with higher numbers
@@ -98,7 +93,7 @@ struct Line {
     TBB mask;  // those that can block: without the last one on either side
 };
 
-static Line lineThrough(i32 square, const Direction& d) {
+static consteval Line lineThrough(i32 square, const Direction& d) {
     Line line{};
     for (i32 n = 1; n < 8; ++n) {
         const TBB up = geometry::step(square, d.file * n, d.rank * n);
@@ -112,7 +107,7 @@ static Line lineThrough(i32 square, const Direction& d) {
 }
 
 // The squares of the line up to and including the first blocker on either side.
-static TBB reachedOnLine(const Line& line, TBB blockers) {
+static consteval TBB reachedOnLine(const Line& line, TBB blockers) {
     const TBB above = blockers & line.above;
     const TBB below = blockers & line.below;
     const TBB downToBlocker = ~TBB{0} << (63 - std::countl_zero(below | 1));
@@ -129,51 +124,68 @@ struct LineSets {
     std::array<Entry, 64> entries;
 };
 
-static void listLine(LineSets& sets, const Line& line, u64 magic) {
-    sets.count = 0;
+static consteval LineSets setsOfLine(const Line& line, u64 magic) {
+    LineSets sets{};
     TBB blockers = 0;
     do {
         sets.entries[sets.count++] = {blockers * magic, reachedOnLine(line, blockers)};
         blockers = (blockers - line.mask) & line.mask;
     } while (blockers != 0);
+    return sets;
 }
 
-// Fills the stretch of one square. What blocks both lines is the sum of what blocks each, and so is its product.
-static void fillStretch(TBB* stretch, u32 shift, const LineSets& first, const LineSets& second) {
-    for (u32 i = 0; i < first.count; ++i) {
-        const LineSets::Entry one = first.entries[i];
-        for (u32 k = 0; k < second.count; ++k) {
-            const LineSets::Entry& other = second.entries[k];
-            stretch[(one.product + other.product) >> shift] = one.reached | other.reached;
-        }
+static consteval std::array<MagicEntry, 64> magicEntries(const Directions& directions,
+                                                         const std::array<u64, 64>& multipliers,
+                                                         const TBB* stretch) {
+    std::array<MagicEntry, 64> entries{};
+    for (u32 square = 0; square < 64; ++square) {
+        const i32 from = static_cast<i32>(square);
+        const TBB mask = lineThrough(from, directions[0]).mask | lineThrough(from, directions[1]).mask;
+        const i32 bits = std::popcount(mask);
+        entries[square] = {mask, multipliers[square], static_cast<u32>(64 - bits), stretch};
+        stretch += std::size_t{1} << bits;
     }
+    return entries;
 }
 
-// Fills the stretches of one kind of piece from `stretch` on; returns the end of the last.
-static TBB* fillSliders(std::array<MagicEntry, 64>& entries, const Directions& directions,
-                        const std::array<u64, 64>& multipliers, TBB* stretch) {
-    LineSets first;
-    LineSets second;
+// Fills the stretches of one kind of piece, which begin at `stretch`. What blocks both lines of a square is the sum of
+// what blocks each, and so is its product.
+static consteval void fillStretches(const std::array<MagicEntry, 64>& entries, const Directions& directions,
+                                    TBB* stretch) {
     for (i32 square = 0; square < 64; ++square) {
-        const u64 magic = multipliers[static_cast<u32>(square)];
-        const Line line = lineThrough(square, directions[0]);
-        const Line otherLine = lineThrough(square, directions[1]);
-        const TBB mask = line.mask | otherLine.mask;
-        const u32 shift = static_cast<u32>(64 - popCount(mask));
-        entries[static_cast<u32>(square)] = MagicEntry{mask, magic, shift, stretch};
-        listLine(first, line, magic);
-        listLine(second, otherLine, magic);
-        fillStretch(stretch, shift, first, second);
-        stretch += std::size_t{1} << popCount(mask);
+        const MagicEntry& entry = entries[static_cast<u32>(square)];
+        const LineSets first = setsOfLine(lineThrough(square, directions[0]), entry.magic);
+        const LineSets second = setsOfLine(lineThrough(square, directions[1]), entry.magic);
+        for (u32 i = 0; i < first.count; ++i) {
+            const LineSets::Entry one = first.entries[i];
+            for (u32 k = 0; k < second.count; ++k) {
+                const LineSets::Entry& other = second.entries[k];
+                stretch[(one.product + other.product) >> entry.shift] = one.reached | other.reached;
+            }
+        }
+        stretch += std::size_t{1} << (64 - entry.shift);
     }
-    return stretch;
 }
 
-void initBoardTables() {
-    TBB* stretch = attackBlock.data();
-    stretch = fillSliders(bishopMagic, bishopDirections, bishopMultipliers, stretch);
-    fillSliders(rookMagic, rookDirections, rookMultipliers, stretch);
+using AttackBlock = std::array<TBB, bishopAttackSets + rookAttackSets>;
+
+static consteval AttackBlock attackSets() {
+    AttackBlock block{};
+    TBB* const bishops = block.data();
+    TBB* const rooks = bishops + bishopAttackSets;
+    fillStretches(magicEntries(bishopDirections, bishopMultipliers, bishops), bishopDirections, bishops);
+    fillStretches(magicEntries(rookDirections, rookMultipliers, rooks), rookDirections, rooks);
+    return block;
 }
+
+// The bishops' stretches, square 0 to 63, then the rooks'. Ready-made: filled at the start it would cost more than all
+// else that happens there.
+static constinit const AttackBlock attackBlock = attackSets();
+
+constinit const std::array<MagicEntry, 64> bishopMagic =
+    magicEntries(bishopDirections, bishopMultipliers, attackBlock.data());
+constinit const std::array<MagicEntry, 64> rookMagic =
+    magicEntries(rookDirections, rookMultipliers, attackBlock.data() + bishopAttackSets);
 
 // ---- keys -----------------------------------------------------------------------------------------------------
 

@@ -73,9 +73,8 @@ struct MagicEntry {
     const TBB* attacks;  // first entry of the square's stretch
 };
 
-/// Filled by initBoardTables.
-extern std::array<MagicEntry, 64> bishopMagic;
-extern std::array<MagicEntry, 64> rookMagic;
+extern const std::array<MagicEntry, 64> bishopMagic;
+extern const std::array<MagicEntry, 64> rookMagic;
 
 [[nodiscard]] inline TBB slidingAttacks(const MagicEntry& entry, TBB occ) {
     return entry.attacks[(occ & entry.mask) * entry.magic >> entry.shift];

@@ -1,5 +1,4 @@
 // Entry point: configuration, start position, banner, and the wait for the line that says what the process is to be.
-#include "board/board.h"
 #include "frontend/config.h"
 #include "frontend/frontend.h"
 #include "frontend/internal.h"
@@ -52,7 +51,6 @@ static void takeModeLine(const char* line) {
 
 int main() {
     raiseMainStackLimit();
-    initBoardTables();
     startUp();
     char line[lineBufferSize];
     while (EngineOptions.quitRequest == 0 && readLine(line)) {

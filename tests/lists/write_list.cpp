@@ -57,6 +57,5 @@ i32 runListWriter(std::span<const GoldenList> lists, i32 argc, char** argv) {
         std::fprintf(stderr, "\n");
         return exitBadInput;
     }
-    initBoardTables();
     return writeList(*list);
 }

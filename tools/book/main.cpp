@@ -293,7 +293,6 @@ static i32 run(const std::string& command, const Arguments& arguments) {
 
 i32 main(i32 argc, char** argv) {
     makeStreamsBinary();
-    initBoardTables();
     try {
         const Arguments words = programArguments(argc, argv);
         return words.empty() ? run("", {}) : run(words.front(), Arguments(words.begin() + 1, words.end()));
