@@ -23,7 +23,8 @@ endif()
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64|amd64|i[3-6]86")
   check_cxx_compiler_flag(-march=x86-64-v2 TARVELMON_HAS_X86_64_V2)
   if(TARVELMON_HAS_X86_64_V2)
-    target_compile_options(tarvelmon-options INTERFACE -march=x86-64-v2)
+    target_compile_options(tarvelmon-options INTERFACE
+      -march=x86-64-$<IF:$<BOOL:$<TARGET_PROPERTY:TARVELMON_X86_64_V3>>,v3,v2>)
   endif()
   # In 32 bits the old floating-point unit would round the budget of a move otherwise.
   if(CMAKE_SIZEOF_VOID_P EQUAL 4)
@@ -31,6 +32,9 @@ if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64|amd64|i[3-6]86")
     target_link_options(tarvelmon-options INTERFACE -march=x86-64-v2 -mfpmath=sse)
   endif()
 endif()
+
+# A product and a sum are rounded one after the other on every processor, also where one instruction does both.
+target_compile_options(tarvelmon-options INTERFACE -ffp-contract=off)
 
 # Files beyond 2 GB, where that is not so by itself.
 target_compile_definitions(tarvelmon-options INTERFACE _FILE_OFFSET_BITS=64)
