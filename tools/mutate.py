@@ -38,7 +38,7 @@ LEFT_OUT = re.compile(r"(?:/random64\.h|_windows\.cpp)$")
 # These drive other programs, or play by the clock what others ask for to fixed depths.
 DRIVERS_LEFT_OUT = {"test_book_tool", "test_chess_rules", "test_games", "test_gui_clients", "test_gui_same_play",
                     "test_gui_xboard", "test_install", "test_mutate", "test_referee", "test_referee_matches",
-                    "test_referee_openings", "test_referee_statistics", "test_uci", "test_valgrind"}
+                    "test_referee_openings", "test_referee_statistics", "test_two_versions", "test_uci", "test_valgrind"}
 DRIVEN_FOLDERS = {"book", "frontend", "platform"}  # sessions notice more of what changes there than golden lists
 TOP_FOLDERS = {"book", "frontend"}     # nothing that has tests of its own builds on them
 GOLDEN = re.compile(r"olden|ignature")
