@@ -22,7 +22,7 @@ if [ ${#targets[@]} -eq 0 ]; then
     done
 fi
 
-cmake -S "$top" -B "$build" -DTARVELMON_FUZZ=ON -DCMAKE_CXX_COMPILER="${CXX:-clang++}" >/dev/null
+cmake -S "$top" -B "$build" -DTARVELMON_FUZZ=ON -DTARVELMON_ANALYSE=ON -DCMAKE_CXX_COMPILER="${CXX:-clang++}" >/dev/null
 cmake --build "$build" --parallel "$(nproc)" --target "${targets[@]/%/_fuzz}" >/dev/null
 
 broken=0

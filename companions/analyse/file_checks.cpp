@@ -63,7 +63,7 @@ static std::string checkInputs(const Options& options, const struct stat& output
     }
     for (const std::string& file : inputs) {
         Known input;
-        const std::string fault = checkInput(file, input);
+        std::string fault = checkInput(file, input);
         if (!fault.empty()) {
             return fault;
         }
@@ -84,7 +84,7 @@ std::string checkFiles(const Options& options) {
     }
     Known page{};
     if (!options.htmlFile.empty()) {
-        const std::string fault = checkPage(options.htmlFile, page);
+        std::string fault = checkPage(options.htmlFile, page);
         if (!fault.empty()) {
             return fault;
         }
