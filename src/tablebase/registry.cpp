@@ -239,6 +239,9 @@ static bool mayBeInFolder(const std::string& name) {
 }
 
 static bool wdlFileExists(const char* name) {
+    if (!mayBeInFolder(name)) {
+        return false;
+    }
     const std::string path = std::string(tbPathWdl) + '/' + name + ".rtbw";
     std::FILE* file = openRegularFile(path.c_str());
     if (file == nullptr) {
@@ -288,9 +291,7 @@ static void tryName(std::string name, Letters... letters) {
     for (const i32 letter : {letters...}) {
         name[name.find('*')] = pieceLetters[letter];
     }
-    if (mayBeInFolder(name)) {
-        tbAddTable(name.c_str());
-    }
+    tbAddTable(name.c_str());
 }
 
 static void tryThreeMen() {
