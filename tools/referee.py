@@ -34,6 +34,7 @@ import os
 import signal
 import sys
 
+from match.adjudication import read_adjudication
 from match.engines import EngineError, parse_engine, read_engines
 from match.journal import Journal, JournalError
 from match.judge import Options
@@ -69,6 +70,10 @@ def argument_parser():
     parser.add_argument("--ponder", choices=("none", "ours", "first", "both"), default="none",
                         help="who thinks in the opponent's time; \"ours\" are those that call themselves tarvelmon")
     parser.add_argument("--max-plies", type=int, default=400, help="a longer game is a draw")
+    parser.add_argument("--resign", metavar="MOVES,SCORE", default="", help="a game is lost when for so many moves in a row "
+                        "both engines see one side behind by SCORE hundredths of a pawn")
+    parser.add_argument("--draw", metavar="FROM,MOVES,SCORE", default="", help="from move FROM on a game is drawn when "
+                        "for so many moves in a row neither engine sees more than SCORE hundredths of a pawn")
     parser.add_argument("--ini", default=INI, help="text of tarvelmon.ini")
     parser.add_argument("--margin", type=float, default=0.0, help="seconds a clock may run over")
     parser.add_argument("--depth", type=int, default=0, help="plies an engine may search")
@@ -89,6 +94,10 @@ def parse_arguments(parser):
         arguments.seconds, arguments.increment = float(seconds), float(increment or 0)
     except ValueError:
         parser.error(f"no time control: {arguments.time}")
+    try:
+        arguments.adjudication = read_adjudication(arguments.resign, arguments.draw)
+    except ValueError as error:
+        parser.error(f"--resign or --draw: {error}")
     arguments.sprt = None
     if arguments.sprt_text:
         if len(arguments.opponents) > 1:
@@ -195,7 +204,7 @@ def main():
     arguments = parse_arguments(parser)
     options = Options(arguments.seconds, arguments.increment, arguments.ponder, arguments.max_plies,
                       arguments.ini.replace("\\n", "\n"), arguments.seed, arguments.sigint, arguments.margin,
-                      arguments.depth)
+                      arguments.depth, arguments.adjudication)
     try:
         journal = Journal(arguments.pgn, match_settings(arguments, options), arguments.resume) if arguments.pgn else None
     except (JournalError, OSError) as error:

@@ -4,6 +4,7 @@ its argument, does one thing wrong: what the referee must notice. Some arguments
 weak NUMBER    resigns so many of a hundred games; which, is a matter of the opening and of its colour alone
 old words      tells moves as engines once did, and sets up no positions
 settings       tells what it was set up with
+sees NUMBER    tells this score with each of its moves, as hundredths of a pawn or ("mate NUMBER") as moves to mate
 slow start     needs a second and a half for a new game
 thinks FILE    writes the number of its process into the file, thinks for ever, and outlives its pipe
 """
@@ -56,6 +57,8 @@ def reply(game, fault):
             sys.exit(3)
     say("#DEBUG moves: 1 move speed: 20  allocated time: 10")
     move = min(game.position.legal_moves())
+    if fault.startswith("sees "):
+        say(f"  7. {fault[5:]:>6} 12 3456 {move}")
     game.play(move)
     say(("My move is : " if fault == "old words" else "move ") + move + " ")
     announce(game, fault)
@@ -72,7 +75,8 @@ def uci_answer(game, fault):
             time.sleep(1.5)
         if fault == "end":
             sys.exit(3)
-    say("info depth 1 score cp 0 nodes 1 time 0 pv " + move)
+    score = fault[5:] if fault.startswith("sees ") else "0"
+    say(f"info depth 1 score {score if ' ' in score else 'cp ' + score} nodes 1 time 0 pv {move}")
     ahead = Game()
     for played in game.moves + [move]:
         ahead.play(played)
@@ -104,12 +108,12 @@ def speak_uci(fault):
 
 def main():
     fault = sys.argv[1] if len(sys.argv) > 1 else ""
-    name = fault if fault.split(" ")[0] in ("weak", "old", "settings", "slow", "thinks") else "tarvelmon 0.12"
+    name = fault if fault.split(" ")[0] in ("weak", "old", "sees", "settings", "slow", "thinks") else "tarvelmon 0.12"
     game, side = Game(), None
     for line in sys.stdin:
         word, _, rest = line.strip().partition(" ")
         if word == "uci":
-            say("id name tarvelmon 0.12")
+            say("id name " + name)
             say("uciok")
             return speak_uci(fault)
         if word == "protover":

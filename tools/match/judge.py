@@ -5,6 +5,7 @@ import dataclasses
 import os
 import tempfile
 
+from match.adjudication import Adjudication
 from match.players import Fault, LATE, RandomPlayer, make_player
 from chess_rules import Game, START_FEN
 
@@ -13,7 +14,7 @@ CASTLING = {"O-O": ("e1g1", "e8g8"), "O-O-O": ("e1c1", "e8c8"), "0-0": ("e1g1", 
 STALL_SECONDS = 60.0
 RESULT_SECONDS = 60.0
 # Of what the laws do not end; all else ends a game normally.
-ADJUDICATED = ("length", "repetition by tarvelmon's count")
+ADJUDICATED = ("length", "repetition by tarvelmon's count", "both scores, won", "both scores, drawn")
 
 
 @dataclasses.dataclass
@@ -29,6 +30,7 @@ class Options:
     sigint: bool = False
     margin: float = 0.0  # seconds that a clock may run over
     depth: int = 0
+    adjudication: Adjudication = Adjudication()
     # The clocks count what the engines use of the processor, whose own clock has to do so too; for games without
     # thinking on the opponent's time.
     processor_time: bool = False
@@ -96,6 +98,7 @@ class JudgedGame:
         self.game = Game(opening.fen)
         self.counts = RepetitionCounts(self.game.position)
         self.clocks = [options.seconds, options.seconds]
+        self.scores = [[], []]
         self.untrue_claims = 0
         self.unannounced = 0
         self.borrowed = 0.0
@@ -116,7 +119,9 @@ class JudgedGame:
             if outcome:
                 return outcome
             last_move = self.game.moves[-1]
-            outcome = self._end_after(mover, other, last_move)
+            self.scores[side].append(mover.score)
+            outcome = (self._end_after(mover, other, last_move)
+                       or self.options.adjudication.outcome(self.scores, len(self.game.moves)))
             if outcome:
                 return outcome
 

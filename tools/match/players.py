@@ -13,6 +13,9 @@ from chess_rules import Game, START_FEN
 MOVE_LINE = re.compile(r"(?:move|My move is ?:) (\S+)\s*$")
 RESULT_LINE = re.compile(r"(1-0|0-1|1/2-1/2)\b")
 BUDGET_LINE = re.compile(r"#(?:DEBUG)? moves: (-?\d+) move speed: (-?\d+) +allocated time: (-?\d+)$")
+# Depth, score, time and nodes; some engines put a sign behind the depth.
+THINKING_LINE = re.compile(r"\s*\d+\S?\s+([+-]?\d+)\s+\d+\s+\d+\b")
+UCI_SCORE = re.compile(r"info .*\bscore (cp|mate) ([+-]?\d+)\b")
 BEST_MOVE_LINE = re.compile(r"bestmove (\S+)(?: ponder (\S+))?\s*$")
 COMPANION = "tarvelmon-gui"
 # How long to wait for what is due at once; a machine under load may take its time.
@@ -21,6 +24,7 @@ ANSWER_SECONDS = 60.0
 # An engine of others that does not say "done" has told its features after the two seconds that the protocol names.
 FEATURE_SECONDS = 2.0
 OTHERS_END_SECONDS = 5.0
+MATE_SCORE = 30000
 
 ILLEGAL, LATE, GONE = "rules infraction", "time forfeit", "abandoned"
 
@@ -39,6 +43,7 @@ class EngineSide:
     wall or by what the engine uses of the processor."""
 
     budget = None  # centiseconds, of the present move, where the engine tells them
+    score = None  # hundredths of a pawn, the last that the engine told of a position; the only legal move may have none
     longest_overrun = 0.0
     ponder_searches = 0
 
@@ -185,6 +190,9 @@ class XboardPlayer(EngineSide):
         budget = BUDGET_LINE.match(line)
         if budget:
             self.budget = int(budget.group(3))
+        thinking = THINKING_LINE.match(line)
+        if thinking:
+            self.score = int(thinking.group(1))
         if line.startswith("Hint: "):
             self.ponder_searches += 1
         if line.startswith(("Illegal move", "tellusererror")) or (self.is_ours and line.startswith("Error")):
@@ -253,6 +261,9 @@ class UciPlayer(EngineSide):
             best = BEST_MOVE_LINE.match(line)
             if best:
                 return moment, best.group(1), best.group(2)
+            score = UCI_SCORE.match(line)
+            if score:
+                self.score = read_uci_score(*score.groups())
             if self.is_ours and not line.startswith("info "):
                 raise Fault(self, f"said '{line}'")
         return None
@@ -293,6 +304,7 @@ class RandomPlayer:
     longest_overrun = 0.0
     ponder_searches = 0
     budget = None
+    score = None
 
     def __init__(self, seed):
         self.random = random.Random(seed)
@@ -322,6 +334,14 @@ def make_player(engine, folder, options, is_first, seed):
     if engine.is_random:
         return RandomPlayer(seed)
     return (UciPlayer if engine.protocol == "uci" else XboardPlayer)(engine, folder, options, is_first)
+
+
+def read_uci_score(kind, number):
+    """In hundredths of a pawn; a mate in 0 is against the engine."""
+    value = int(number)
+    if kind == "mate":
+        value = MATE_SCORE if value > 0 else -MATE_SCORE
+    return value
 
 
 def whole_level_command(seconds, increment):
