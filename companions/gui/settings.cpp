@@ -15,6 +15,8 @@
 
 Settings settings{};
 
+constexpr i32 fastOpeningFactor = 7;
+
 // ---- the INI file ---------------------------------------------------------------------------------------------
 
 static std::filesystem::path pathOf(const std::string& text) {
@@ -50,9 +52,22 @@ static void enterUserFolder() {
     }
 }
 
+// What a person without a file gets: the numbers of the sample file. Tables of moderate size, and more of the clock while
+// a game is young than by the engine's own defaults.
+static void chooseSampleNumbers() {
+    EngineOptions.hashSize = 128;
+    EngineOptions.pawnHashSize = 16;
+    TimeControl.moreTime = 15;
+    TimeControl.fastOpening = 5 * fastOpeningFactor;
+}
+
 void loadSettings() {
     enterUserFolder();
     loadConfig(configFileName);
+    std::error_code ignored;
+    if (!std::filesystem::exists(configFileName, ignored)) {
+        chooseSampleNumbers();
+    }
     settings.hashMegabytes = EngineOptions.hashSize;
     settings.pawnHashMegabytes = EngineOptions.pawnHashSize;
     settings.ownBook = EngineOptions.book == 1;
@@ -172,7 +187,6 @@ struct OptionRow {
 
 constexpr i32 largestHash = 65536;  // MB
 constexpr i32 largestPawnHash = 4096;
-constexpr i32 fastOpeningFactor = 7;
 
 constexpr OptionRow number(const char* name, u8 sides, i32 low, i32 high, i32 Settings::*field) {
     return {name, Kind::spin, sides, low, high, field, nullptr, nullptr};

@@ -11,6 +11,7 @@ from chess_rules import Game
 from gui import Gui, findings
 
 SLOW = bool(os.environ.get("TARVELMON_SANITIZE"))
+SAMPLE = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "data", "tarvelmon.ini")
 QUICK_PAIRS = 150 if SLOW else 1000
 
 MATED = "rnb1kbnr/pppp1ppp/8/4p3/6Pq/5P2/PPPPP2P/RNBQKBNR w KQkq - 1 3"
@@ -443,6 +444,19 @@ class Settings(unittest.TestCase):
             with open(os.path.join(work, "tarvelmon.ini"), "w", encoding="ascii") as ini:
                 ini.write("[ENGINE]\nHashSize=7\n")
             self.assertEqual(hash_default(), b"7")
+
+
+    def test_without_a_file_numbers_and_truths_are_those_of_the_sample_file(self):
+        with open(SAMPLE, encoding="latin-1") as file:
+            sample = file.read()
+
+        def greeting(ini):
+            with Gui(ini) as gui:
+                return [line for line in gui.uci() if re.search(r" type (spin|check) ", line)]
+
+        self.assertGreater(len(greeting(None)), 12)
+        self.assertEqual(greeting(None), greeting(sample))
+        self.assertNotEqual(greeting(None), greeting(""))
 
 
 class Bench(unittest.TestCase):

@@ -98,7 +98,7 @@ TEST(SampleConfiguration, NamesEveryKeyOnceInItsSection) {
     EXPECT_EQ(found, expected);
 }
 
-TEST(SampleConfiguration, SetsDefaultsButForMemoryAndTheFolderOfTables) {
+TEST(SampleConfiguration, SetsDefaultsButForMemoryTimesAndTheFolderOfTables) {
     const EngineOptionsRecord options = EngineOptions;
     const TimeControlRecord times = TimeControl;
     loadConfig(shipped(sampleName).c_str());
@@ -114,12 +114,12 @@ TEST(SampleConfiguration, SetsDefaultsButForMemoryAndTheFolderOfTables) {
     EXPECT_EQ(EngineOptions.randBook, 1);
     EXPECT_EQ(EngineOptions.syzygy, 1);
     EXPECT_EQ(EngineOptions.syzygyMen, 5);
-    EXPECT_EQ(TimeControl.maxTime, 720000);
+    EXPECT_EQ(TimeControl.maxTime, 240000);
     EXPECT_EQ(TimeControl.suddenDeath, 20);
-    EXPECT_EQ(TimeControl.moreTime, 5);
+    EXPECT_EQ(TimeControl.moreTime, 15);
     EXPECT_EQ(TimeControl.lessTime, 5);
     EXPECT_EQ(TimeControl.fastGame, 5);
-    EXPECT_EQ(TimeControl.fastOpening, 105);
+    EXPECT_EQ(TimeControl.fastOpening, 35);
     EngineOptions = options;
     TimeControl = times;
 }
