@@ -4,7 +4,8 @@
     tools/check_book.py [--results FILE] [--depth N] [--hash MB] [--jobs N] [--only FILE] [OPENINGS]
 
 OPENINGS is a file of opening lines as tarvelmon-book reads them, data/book/openings.txt without it. tarvelmon-analyse
-(in build-test or build, or --analyse PROGRAM) searches each position of the lines once, from empty tables, to --depth.
+(in build-test or build, or --analyse PROGRAM) searches each position before or after a move to be played once, from empty
+tables, to --depth.
 A move without "?" is a finding if its side stands worse than --limit pawns afterwards, or if the score has fallen by
 more than that against the position before. Both scores are of the same depth. What a side only comes to by a move of
 its own with "?" is not judged: the engine does not play there.
@@ -256,17 +257,18 @@ def check(arguments):
     if arguments.write:
         arguments.write.write_text("".join(epd + "\n" for epd in book.positions), encoding="utf-8")
         return 0
-    wanted = read_openings(arguments.only).positions if arguments.only else book.positions
+    moves = book.moves_played()
+    judged = {position.epd for move in moves for position in (move.before, move.after)}
+    among = read_openings(arguments.only).positions if arguments.only else book.positions
+    wanted = [epd for epd in among if epd in judged]
     results = Results(arguments.results, arguments.depth)
     if any(epd not in results.scores for epd in wanted):
         command = [str(arguments.analyse or analyse_program()), "--depth", str(arguments.depth),
                    "--hash", str(arguments.hash), "--jobs", str(arguments.jobs)]
         results.search(command, wanted)
-    moves = book.moves_played()
     findings = report(arguments.openings, moves, results.scores, round(arguments.limit * 100))
-    judged = sum(move.after.epd in results.scores and move.before.epd in results.scores for move in moves)
-    print(f"{len(book.positions)} positions, {len(moves)} moves to be played, {judged} of them judged; "
-          f"{findings} findings")
+    known = sum(move.after.epd in results.scores and move.before.epd in results.scores for move in moves)
+    print(f"{len(judged)} positions, {len(moves)} moves to be played, {known} of them judged; {findings} findings")
     return 1 if findings else 0
 
 

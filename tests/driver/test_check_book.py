@@ -50,6 +50,11 @@ class CheckBook(AnalyseTest):
         self.assertEqual(len(found), 2, found)
         self.assertIn("3... Qg5", found[0])
 
+    def test_what_neither_side_plays_is_not_searched(self):
+        found = self.check(GOOD_LINES + "1. e4 e5 2. Nf3 Qg5? 3. Nh4? Qd8 4. Nf3\n")
+        self.assertEqual(found, ["11 positions, 10 moves to be played, 10 of them judged; 0 findings"])
+        self.assertIn(": 11 positions to search", self.errors)
+
     def test_a_move_in_several_lines_is_told_once(self):
         found = self.check("1. e4 e5 2. Nf3 Qg5 3. Nxg5\n1. e4 e5 2. Nf3 Qg5 3. d4\n", status=1)
         self.assertIn(" (and in 1 more)", found[0])
