@@ -6,7 +6,6 @@
 
 #include <cstddef>
 #include <cstdio>
-#include <functional>
 
 /// Milliseconds of a monotonic clock in 32 bits: may wrap, only differences count (subtract as unsigned).
 [[nodiscard]] i32 nowMs();
@@ -31,10 +30,6 @@
 [[nodiscard]] i64 fileSize(std::FILE* file);
 /// Moves to `offset` bytes from the file's start, also beyond 4 GB. Whether that worked.
 [[nodiscard]] bool seekFile(std::FILE* file, i64 offset);
-
-/// Shows `take` the names in a folder, in no order, until it returns false. True if it has been shown all of them; else
-/// a file may be there all the same.
-[[nodiscard]] bool listFolder(const char* path, const std::function<bool(const char* name)>& take);
 
 /// A whole file mapped for reading.
 struct MappedFile {

@@ -1,7 +1,6 @@
 // The POSIX side of platform.h.
 #include "platform/platform.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/mman.h>
@@ -43,22 +42,6 @@ std::FILE* openRegularFile(const char* path) {
         close(descriptor);
     }
     return file;
-}
-
-bool listFolder(const char* path, const std::function<bool(const char* name)>& take) {
-    DIR* folder = opendir(path);
-    if (folder == nullptr) {
-        return false;
-    }
-    errno = 0;
-    const dirent* entry = readdir(folder);
-    while (entry != nullptr && take(entry->d_name)) {
-        errno = 0;
-        entry = readdir(folder);
-    }
-    const bool complete = entry == nullptr && errno == 0;
-    closedir(folder);
-    return complete;
 }
 
 std::FILE* createFile(const char* path) {

@@ -86,11 +86,6 @@ std::FILE* openRegularFile(const char* path) {
     return file;
 }
 
-// A name fits a file there in ways that are the system's own.
-bool listFolder(const char* /*path*/, const std::function<bool(const char* name)>& /*take*/) {
-    return false;
-}
-
 std::FILE* createFile(const char* path) {
     return _wfopen(wideOf(path).c_str(), L"wb");
 }

@@ -12,8 +12,6 @@
 #include <cstdio>
 #include <cstring>
 #include <string>
-#include <utility>
-#include <vector>
 
 constinit std::array<tbEntryPiece, TBMAX_PIECE> tbPiece{};
 constinit std::array<tbEntryPawn, TBMAX_PAWN> tbPawn{};
@@ -199,49 +197,8 @@ void dropTable(const TableMaterial& material) {
 
 // ---- the scan -------------------------------------------------------------------------------------------------
 
-// Most names that are tried belong to no table. Where the folder tells its names, only what is among them is opened.
-struct FolderRecord {
-    bool told;
-    std::vector<std::string>
-        names;  // of WDL tables, in capitals, sorted: some systems take capitals for small letters
-};
-static constinit FolderRecord wdlFolder{};
-
-constexpr std::size_t folderNamesMax = 4096;  // so many that the folder is rather left alone
-
-static std::string inCapitals(std::string text) {
-    for (char& c : text) {
-        c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-    }
-    return text;
-}
-
-static void readWdlFolder() {
-    wdlFolder = {};
-    const std::string path = std::string(tbPathWdl) + '/';
-    std::size_t seen = 0;
-    wdlFolder.told = listFolder(path.c_str(), [&seen](const char* name) {
-        if (std::strlen(name) < tableNameSize + std::strlen(".rtbw")) {
-            std::string capitals = inCapitals(name);
-            if (capitals.ends_with(".RTBW")) {
-                wdlFolder.names.push_back(std::move(capitals));
-            }
-        }
-        return ++seen < folderNamesMax;
-    });
-    std::sort(wdlFolder.names.begin(), wdlFolder.names.end());
-}
-
-static bool mayBeInFolder(const std::string& name) {
-    const std::vector<std::string>& names = wdlFolder.names;
-    return !wdlFolder.told ||
-           (!names.empty() && std::binary_search(names.begin(), names.end(), inCapitals(name + ".rtbw")));
-}
-
+// Deliberate: every name is tried by opening its file, and the folder is never listed.
 static bool wdlFileExists(const char* name) {
-    if (!mayBeInFolder(name)) {
-        return false;
-    }
     const std::string path = std::string(tbPathWdl) + '/' + name + ".rtbw";
     std::FILE* file = openRegularFile(path.c_str());
     if (file == nullptr) {
@@ -398,13 +355,11 @@ void tbInit(const char* path) {
     std::snprintf(tbPathDtz, sizeof tbPathDtz, "%s", path);
     std::snprintf(tbPathWdl, sizeof tbPathWdl, "%s", path);
     readFolderVariables();
-    readWdlFolder();
     tryThreeMen();
     tryFourMen();
     tryFiveMen();
     trySixMenTwoEach();
     trySixMenThreeToOne();
     trySixMenFourToNone();
-    wdlFolder = {};
     print("Found %d tablebases.\n", tbPieceCount + tbPawnCount);
 }

@@ -10,7 +10,6 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <set>
 #include <string>
 
 namespace fs = std::filesystem;
@@ -121,21 +120,6 @@ TEST_F(Files, ThatAreNoneAreRefusedWithoutWaiting) {
         MappedFile mapped = mappingOfBefore;
         EXPECT_EQ(mapFile(path.c_str(), mapped), MapResult::cannotOpen);
         expectNoBytes(mapped);
-    }
-}
-
-TEST_F(Files, AreListedByFolder) {
-    for (const char* name : {"one", "two", "three"}) {
-        write(name, "");
-    }
-    std::set<std::string> names;
-    EXPECT_TRUE(listFolder(folder.c_str(), [&names](const char* name) { return names.insert(name).second; }));
-    EXPECT_EQ(names, (std::set<std::string>{".", "..", "one", "two", "three"}));
-    std::size_t shown = 0;
-    EXPECT_FALSE(listFolder(folder.c_str(), [&shown](const char*) { return ++shown < 2; }));
-    EXPECT_EQ(shown, 2U);
-    for (const fs::path& none : {folder / "one", folder / "four"}) {
-        EXPECT_FALSE(listFolder(none.c_str(), [](const char*) -> bool { throw "nothing to show"; }));
     }
 }
 

@@ -181,23 +181,6 @@ TEST(Registry, TakesOnlyRegularFiles) {
     EXPECT_EQ(tables::registerFolder(folder.path.string()), "Found 1 tablebases.\n");
 }
 
-TEST(Registry, FindsTablesAmongMoreFilesThanItLists) {
-    std::vector<std::string> names = tableNames(4);
-    const std::string found = "Found " + std::to_string(names.size()) + " tablebases.\n";
-    for (i32 i = 0; i < 5000; ++i) {
-        names.push_back("other" + std::to_string(i));
-    }
-    const EmptyTables folder(names);
-    EXPECT_EQ(tables::registerFolder(folder.path), found);
-}
-
-TEST(Registry, LeavesCapitalsToTheSystem) {
-    const EmptyTables folder({"kqvk", "KRVK", "KBvK"});
-    const std::size_t found = 1 + (std::filesystem::exists(folder.path / "KQvK.rtbw") ? 1 : 0) +
-                              (std::filesystem::exists(folder.path / "KRvK.rtbw") ? 1 : 0);
-    EXPECT_EQ(tables::registerFolder(folder.path), "Found " + std::to_string(found) + " tablebases.\n");
-}
-
 TEST(Registry, ForgetsTheTablesOfAnEarlierStart) {
     const EmptyTables folder({"KQvK"});
     tables::registerFolder(folder.path.string());
