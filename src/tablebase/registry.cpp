@@ -197,10 +197,17 @@ void dropTable(const TableMaterial& material) {
 
 // ---- the scan -------------------------------------------------------------------------------------------------
 
-// Deliberate: every name is tried by opening its file, and the folder is never listed.
+// Deliberate: every name is tried by opening its file, and the folder is never listed. Nothing is allocated for it.
 static bool wdlFileExists(const char* name) {
-    const std::string path = std::string(tbPathWdl) + '/' + name + ".rtbw";
-    std::FILE* file = openRegularFile(path.c_str());
+    constexpr char suffix[] = ".rtbw";
+    assert(std::strlen(name) < tableNameSize);
+    char path[tbPathSize + tableNameSize + sizeof suffix];
+    char* end = path;
+    for (const char* part : {static_cast<const char*>(tbPathWdl), "/", name, suffix}) {
+        end = std::copy_n(part, std::strlen(part), end);
+    }
+    *end = '\0';
+    std::FILE* file = openRegularFile(path);
     if (file == nullptr) {
         return false;
     }

@@ -4,13 +4,33 @@
 #include "table_names.h"
 #include "tablebase/internal.h"
 
+#include <cstdarg>
 #include <filesystem>
 #include <fstream>
 #include <map>
 #include <random>
 #include <set>
 
+#include <fcntl.h>
 #include <sys/stat.h>
+
+// The paths opened since `watch` was set.
+static bool watch = false;
+static std::vector<std::string> opened;
+
+// The linker calls the first for the C library's, which has the second name then.
+extern "C" int __wrap_open64(const char* path, int flags, ...);
+extern "C" int __real_open64(const char* path, int flags, ...);
+extern "C" int __wrap_open64(const char* path, int flags, ...) {
+    if (watch) {
+        opened.emplace_back(path);
+    }
+    va_list rest;
+    va_start(rest, flags);
+    const int mode = (flags & O_CREAT) != 0 ? va_arg(rest, int) : 0;
+    va_end(rest);
+    return __real_open64(path, flags, mode);
+}
 
 namespace {
 
@@ -52,6 +72,23 @@ tbEntry* tableOf(const char* fen) {
 TEST(Registry, FindsNothingInAnEmptyPath) {
     EXPECT_EQ(tables::registerFolder(""), "Found 0 tablebases.\n");
     EXPECT_EQ(tables::registerFolder("/nowhere"), "Found 0 tablebases.\n");
+}
+
+TEST(Registry, OpensTheFileOfEveryNameOnce) {
+    opened.clear();
+    watch = true;
+    tables::registerFolder("/nowhere");
+    watch = false;
+    constexpr std::size_t withASecondKing = 35;
+    const std::vector<std::string> names = tableNames(6);
+    const std::set<std::string> paths(opened.begin(), opened.end());
+    ASSERT_EQ(opened.size(), names.size() + withASecondKing);
+    EXPECT_EQ(paths.size(), opened.size());
+    EXPECT_EQ(opened.front(), "/nowhere/KQvK.rtbw");
+    EXPECT_EQ(opened.back(), "/nowhere/KPPPPvK.rtbw");
+    for (const std::string& name : names) {
+        EXPECT_EQ(paths.count("/nowhere/" + name + ".rtbw"), 1u) << name;
+    }
 }
 
 TEST(Registry, FindsEveryNameOfThreeToSixMen) {
