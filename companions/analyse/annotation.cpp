@@ -16,6 +16,13 @@ static i32 heldScore(const Analysis& analysis) {
     return std::clamp(analysis.score, -highestScore, highestScore);
 }
 
+static std::optional<i32> scoreForWhite(const Analysis& analysis, bool whiteToMove) {
+    if (!analysis.fault.empty()) {
+        return std::nullopt;
+    }
+    return whiteToMove ? heldScore(analysis) : -heldScore(analysis);
+}
+
 static i32 lossOf(const GameMove& move, const Analysis& before, const Analysis& after) {
     if (!before.line.empty() && before.line.front() == move.san) {
         return 0;
@@ -39,10 +46,7 @@ JudgedGame judgeGame(const Game& game, const std::vector<Analysis>& analyses) {
         const bool known = before.fault.empty() && after.fault.empty();
         const bool white = isWhitePly(game.fen, i);
         const bool best = before.line.empty() || before.line.front() == move.san;
-        judged.moves.push_back({moveNumber(game.fen, i), move.san, white, known,
-                                !after.fault.empty() ? 0
-                                : white              ? -heldScore(after)
-                                                     : heldScore(after),
+        judged.moves.push_back({moveNumber(game.fen, i), move.san, white, known, scoreForWhite(after, !white),
                                 known ? lossOf(move, before, after) : 0, best ? "" : before.line.front(),
                                 menOf(*board), realSquareOf(moveFrom(move.move)),
                                 realSquareOf(moveTo(move.move))});

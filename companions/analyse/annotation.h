@@ -4,6 +4,7 @@
 #include "analysis.h"
 #include "game_text.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,12 +13,12 @@ struct JudgedMove {
     std::string number;  // "12." or "12..."
     std::string san;
     bool white;
-    bool known;          // both positions, before and after it, have scores
-    i32 score;           // after it, centipawns from White's side, no more than highestScore; 0 if not known
-    i32 loss;            // centipawns; 0 if not known
-    std::string better;  // the better move, empty if it was the best
-    std::string men;     // before it: letters by squares, a1 first
-    i32 from;            // real squares
+    bool known;                // both positions, before and after it, have scores
+    std::optional<i32> score;  // after it, centipawns for White, within highestScore; empty if not analysed
+    i32 loss;                  // centipawns; 0 if not known
+    std::string better;        // the better move, empty if it was the best
+    std::string men;           // before it: letters by squares, a1 first
+    i32 from;                  // real squares
     i32 to;
 };
 

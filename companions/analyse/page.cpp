@@ -124,9 +124,11 @@ static std::string scoreChart(const JudgedGame& game, i32 threshold) {
     }
     for (std::size_t i = 0; i < game.moves.size(); ++i) {
         const JudgedMove& move = game.moves[i];
-        chart.lines.front().points.push_back({static_cast<double>(i + 1) / 2, move.score / 100.0,
-                                              move.number + " " + move.san + ": " + pawns(move.score),
-                                              move.loss >= 2 * threshold});
+        if (move.score) {
+            chart.lines.front().points.push_back({static_cast<double>(i + 1) / 2, *move.score / 100.0,
+                                                  move.number + " " + move.san + ": " + pawns(*move.score),
+                                                  move.loss >= 2 * threshold});
+        }
     }
     return chartSvg(chart);
 }

@@ -69,3 +69,18 @@ TEST(Page, AverageLossesAreThoseOfTheMoves) {
     EXPECT_NE(page.find("<tr><td>B</td><td>1</td><td>0.00</td><td>0</td><td>0</td></tr>"), std::string::npos);
     EXPECT_LT(page.find("2. Ke2 lost 2.40. Better: Nf3"), page.find("1. e4 lost 0.60. Better: d4"));
 }
+
+TEST(Page, AMoveThatWasNotAnalysedHasNoPoint) {
+    const std::string men(64, ' ');
+    const JudgedGame game{"A",
+                          "B",
+                          "?",
+                          "1-0",
+                          {{"1.", "e4", true, true, 10, 0, "", men, 12, 28},
+                           {"1...", "e5", false, false, std::nullopt, 0, "", men, 52, 36},
+                           {"2.", "Nf3", true, false, 0, 0, "", men, 6, 21}}};
+    const std::string page = gamesPage({game}, 50);
+    EXPECT_NE(page.find("<title>1. e4: 0.10</title>"), std::string::npos);
+    EXPECT_EQ(page.find("<title>1... e5"), std::string::npos);
+    EXPECT_NE(page.find("<title>2. Nf3: 0.00</title>"), std::string::npos);
+}
