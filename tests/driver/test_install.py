@@ -143,6 +143,8 @@ class Installed(unittest.TestCase):
             self.assertEqual(plugin, f"plugin spec 0.0\n{program}\nchess\n")
             self.assertIn(f"share/games/plugins/logos/{program}.png", files)
         self.assertIn("share/icons/hicolor/scalable/apps/tarvelmon.svg", files)
+        collections = "share/doc/tarvelmon/docs/collections.md"
+        self.assertEqual(collections in files, "tarvelmon-analyse" in PROGRAMS)
 
     def test_the_debian_package_has_the_programs_among_the_games(self):
         prefix = os.path.join(self.home, "usr")
