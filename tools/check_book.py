@@ -7,8 +7,8 @@ OPENINGS is a file of opening lines as tarvelmon-book reads them, data/book/open
 (in build-test or build, or --analyse PROGRAM) searches each position before or after a move to be played once, from empty
 tables, to --depth.
 A move without "?" is a finding if its side stands worse than --limit pawns afterwards, or if the score has fallen by
-more than that against the position before. Both scores are of the same depth. What a side only comes to by a move of
-its own with "?" is not judged: the engine does not play there.
+more than that against the position before, though the search there held another move for best. Both scores are of the
+same depth. What a side only comes to by a move of its own with "?" is not judged: the engine does not play there.
 
 --results FILE keeps what has been searched, as EPD: it is added to line by line, and a later call searches only what is
 new, whatever the lines were before. With --only, only the positions of that file of lines are searched now; what is not
@@ -34,7 +34,7 @@ OPENINGS = TOP / "data" / "book" / "openings.txt"
 PROGRAM = pathlib.Path("companions", "analyse", "tarvelmon-analyse")
 WEIGHT = re.compile(r"\s*\d+\s*:")
 MOVE_NUMBER = re.compile(r"\d+\.+")
-OPERATION = re.compile(r" (acd|ce|dm) (-?\d+);")
+OPERATION = re.compile(r" (acd|ce|dm|pm) ([^;]+);")
 MATE = 32767  # hundredths; less for a mate further off
 SURELY_MATE = 32000
 
@@ -49,6 +49,12 @@ class BookPosition:
     position: Position
     next: dict = dataclasses.field(default_factory=dict)  # position after each move, by the move's text
     words: dict = dataclasses.field(default_factory=dict)  # the move's text by the word it was written as
+
+
+@dataclasses.dataclass
+class Searched:
+    score: int  # hundredths for the side to move
+    best: str  # the move found, in short notation; empty if there is none
 
 
 @dataclasses.dataclass
@@ -137,8 +143,8 @@ def read_openings(path):
     return book
 
 
-def score_of(line, depth):
-    """(position, hundredths for the side to move) of a line of results; None if it is cut off or not of this depth."""
+def searched_in(line, depth):
+    """(position, Searched) of a line of results; None if it is cut off or not of this depth."""
     operations = dict(OPERATION.findall(line))
     if not line.endswith(";\n") or int(operations.get("acd", 0)) < depth:
         return None
@@ -148,19 +154,19 @@ def score_of(line, depth):
         score = int(operations["ce"])
     else:
         return None
-    return " ".join(line.split()[:4]), score
+    return " ".join(line.split()[:4]), Searched(score, operations.get("pm", ""))
 
 
 class Results:
-    """Scores of searched positions, and the file that keeps them."""
+    """What has been searched, by position, and the file that keeps it."""
 
     def __init__(self, path, depth):
         self.path = path
         self.depth = depth
-        self.scores = {}
+        self.searched = {}
         if path is not None and path.exists():
             text = path.read_text(encoding="utf-8")
-            self.scores = dict(filter(None, (score_of(line, depth) for line in text.splitlines(keepends=True))))
+            self.searched = dict(filter(None, (searched_in(line, depth) for line in text.splitlines(keepends=True))))
             if text and not text.endswith("\n"):
                 self.keep("\n")
 
@@ -171,7 +177,7 @@ class Results:
 
     def search(self, command, epds):
         """Searches what has no score yet; every line is kept as soon as it comes."""
-        wanted = [epd for epd in epds if epd not in self.scores]
+        wanted = [epd for epd in epds if epd not in self.searched]
         if not wanted:
             return
         print(f"check_book: {len(wanted)} position{'s' * (len(wanted) > 1)} to search", file=sys.stderr, flush=True)
@@ -184,11 +190,11 @@ class Results:
                 raise CannotCheck(f"{command[0]}: {error.strerror}") from None
             with process:
                 for line in process.stdout:
-                    found = score_of(line, self.depth)
+                    found = searched_in(line, self.depth)
                     if found is not None:
                         self.keep(line)
-                        self.scores.update([found])
-        missing = sum(epd not in self.scores for epd in wanted)
+                        self.searched.update([found])
+        missing = sum(epd not in self.searched for epd in wanted)
         if process.returncode != 0 or missing:
             raise CannotCheck(f"{command[0]} ended with status {process.returncode}; {missing} positions without a score")
 
@@ -197,25 +203,30 @@ def pawns(score):
     return f"{score / 100:+.2f}" if abs(score) < SURELY_MATE else "+mate" if score > 0 else "-mate"
 
 
-def faults_of(move, scores, limit):
-    """What is wrong with a move, in words; nothing where its positions have no scores."""
-    if move.after.epd not in scores:
+def is_best(move, before):
+    return before.best.rstrip("+#") == san(move.before.position, move.text).rstrip("+#")
+
+
+def faults_of(move, searched, limit):
+    """What is wrong with a move, in words; nothing where its positions have not been searched."""
+    if move.after.epd not in searched:
         return []
-    after = -scores[move.after.epd]
-    before = scores.get(move.before.epd)
+    after = -searched[move.after.epd].score
+    before = searched.get(move.before.epd)
     faults = []
     if after < -limit:
         faults.append(f"stands at {pawns(after)}")
-    if before is not None and before - after > limit:
-        faults.append(f"had {pawns(before)} before" if faults else f"falls from {pawns(before)} to {pawns(after)}")
+    if before is not None and before.score - after > limit and not is_best(move, before):
+        faults.append(f"had {pawns(before.score)} before" if faults
+                      else f"falls from {pawns(before.score)} to {pawns(after)}")
     return faults
 
 
-def report(path, moves, scores, limit):
+def report(path, moves, searched, limit):
     """Prints the findings; their number."""
     findings = 0
     for move in moves:
-        faults = faults_of(move, scores, limit)
+        faults = faults_of(move, searched, limit)
         if faults:
             findings += 1
             position = move.before.position
@@ -262,12 +273,12 @@ def check(arguments):
     among = read_openings(arguments.only).positions if arguments.only else book.positions
     wanted = [epd for epd in among if epd in judged]
     results = Results(arguments.results, arguments.depth)
-    if any(epd not in results.scores for epd in wanted):
+    if any(epd not in results.searched for epd in wanted):
         command = [str(arguments.analyse or analyse_program()), "--depth", str(arguments.depth),
                    "--hash", str(arguments.hash), "--jobs", str(arguments.jobs)]
         results.search(command, wanted)
-    findings = report(arguments.openings, moves, results.scores, round(arguments.limit * 100))
-    known = sum(move.after.epd in results.scores and move.before.epd in results.scores for move in moves)
+    findings = report(arguments.openings, moves, results.searched, round(arguments.limit * 100))
+    known = sum(move.after.epd in results.searched and move.before.epd in results.searched for move in moves)
     print(f"{len(judged)} positions, {len(moves)} moves to be played, {known} of them judged; {findings} findings")
     return 1 if findings else 0
 

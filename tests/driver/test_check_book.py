@@ -40,6 +40,15 @@ class CheckBook(AnalyseTest):
         self.assertRegex(found[1], r"^lines\.txt:6: 2\.\.\. Qg5 stands at -\d+\.\d\d; had [+-]0\.\d\d before$")
         self.assertTrue(found[2].endswith("; 2 findings"), found[2])
 
+    def test_the_best_move_loses_nothing(self):
+        results = ("rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - acd 6; ce 90; pm %s;\n"
+                   "rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq - acd 6; ce -10; pm e5;\n")
+        self.write("found.epd", results % "e4")
+        self.check("1. e4\n", "--results", "found.epd")
+        self.write("found.epd", results % "d4")
+        found = self.check("1. e4\n", "--results", "found.epd", status=1)
+        self.assertEqual(found[0], "lines.txt:1: 1. e4 falls from +0.90 to +0.10")
+
     def test_what_is_only_answered_is_not_judged(self):
         self.check(GOOD_LINES + "1. e4 e5 2. Nf3 Nc6 3. Nxe5? Nxe5\n1. e4 e5 2. Nf3 Qg5?! 3. Nxg5\n")
 
