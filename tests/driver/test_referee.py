@@ -3,6 +3,7 @@
 import os
 import shlex
 import sys
+import types
 import unittest
 
 HERE = os.path.dirname(os.path.abspath(__file__))
@@ -79,6 +80,19 @@ class Referee(unittest.TestCase):
         for men, held in (("4k3/8/8/8/8/8/8/4K3", True), ("4k3/8/8/8/8/8/8/3NK3", True), ("4k3/5b2/8/8/8/8/6B1/4K3", True),
                           ("4k3/5b2/8/8/8/8/7B/4K3", False), ("4k3/8/8/8/8/8/8/3NKN2", False), ("4k3/8/8/8/8/8/P7/4K3", False)):
             self.assertEqual(judge.nobody_can_mate(Game(men + " w - - 0 1").position), held, men)
+
+    def test_others_may_claim_a_draw_where_nobody_can_mate(self):
+        stranger, ours = (types.SimpleNamespace(is_ours=own, name="x") for own in (False, True))
+        claim = "1/2-1/2 {Drawn game}"
+
+        def claimed(men, player):
+            opening = types.SimpleNamespace(fen=men + " w - - 0 1", moves=[])
+            game = judge.JudgedGame((player, stranger), Options(seconds=1.0, increment=0.0), opening)
+            return game._ended_by_claim(player, 0, claim)
+
+        self.assertEqual(claimed("8/n7/3k4/6K1/8/8/8/8", stranger), ("1/2-1/2", "material"))
+        self.assertRaisesRegex(judge.Fault, "claims '1/2", claimed, "8/r7/3k4/6K1/8/8/8/8", stranger)
+        self.assertRaisesRegex(judge.Fault, "says '1/2", claimed, "8/n7/3k4/6K1/8/8/8/8", ours)
 
     def test_a_faultless_game_has_no_fault(self):
         for number in range(4):

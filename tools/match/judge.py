@@ -160,6 +160,8 @@ class JudgedGame:
             raise Fault(player, f"says '{line}' in {self.game.position.fen()}")
         if line.startswith("resign") or line.startswith("0-1" if side == 0 else "1-0"):
             return ("0-1" if side == 0 else "1-0"), "resignation"
+        if line.startswith("1/2-1/2") and nobody_can_mate(self.game.position):
+            return "1/2-1/2", "material"
         raise Fault(player, f"claims '{line}' in {self.game.position.fen()}")
 
     def _expected_lines(self, player):
