@@ -34,7 +34,8 @@ OPENINGS = TOP / "data" / "book" / "openings.txt"
 PROGRAM = pathlib.Path("companions", "analyse", "tarvelmon-analyse")
 WEIGHT = re.compile(r"\s*\d+\s*:")
 MOVE_NUMBER = re.compile(r"\d+\.+")
-OPERATION = re.compile(r" (acd|ce|dm|pm) ([^;]+);")
+OPERATION = re.compile(r" (acd|ce|dm) (-?\d+);")
+BEST = re.compile(r" pm ([^;]+);")
 MATE = 32767  # hundredths; less for a mate further off
 SURELY_MATE = 32000
 
@@ -154,7 +155,8 @@ def searched_in(line, depth):
         score = int(operations["ce"])
     else:
         return None
-    return " ".join(line.split()[:4]), Searched(score, operations.get("pm", ""))
+    best = BEST.search(line)
+    return " ".join(line.split()[:4]), Searched(score, best[1] if best else "")
 
 
 class Results:

@@ -5,6 +5,10 @@
 
 namespace {
 
+JudgedGame gameOf(const std::vector<JudgedMove>& moves) {
+    return {"A<", "B", "?", "1-0", moves};
+}
+
 Chart straightChart(const ChartLine& line) {
     return {"t", "x", "y", {line}, {}, {}, 0, 10, 0, 5, false, false};
 }
@@ -56,13 +60,9 @@ TEST(Page, AFileOfItsOwnHasItsStyle) {
 
 TEST(Page, AverageLossesAreThoseOfTheMoves) {
     const std::string men(64, ' ');
-    const JudgedGame game{"A<",
-                          "B",
-                          "?",
-                          "1-0",
-                          {{"1.", "e4", true, true, 10, 60, "d4", men, 12, 28},
-                           {"1...", "e5", false, true, 20, 0, "", men, 52, 36},
-                           {"2.", "Ke2", true, true, -200, 240, "Nf3", men, 4, 12}}};
+    const JudgedGame game = gameOf({{"1.", "e4", true, true, 10, 60, "d4", men, 12, 28},
+                                    {"1...", "e5", false, true, 20, 0, "", men, 52, 36},
+                                    {"2.", "Ke2", true, true, -200, 240, "Nf3", men, 4, 12}});
     const std::string page = gamesPage({game}, 50);
     EXPECT_NE(page.find("<tr><td>A&lt;</td><td>2</td><td>1.50</td><td>0</td><td>1</td></tr>"),
               std::string::npos);
@@ -72,13 +72,9 @@ TEST(Page, AverageLossesAreThoseOfTheMoves) {
 
 TEST(Page, AMoveThatWasNotAnalysedHasNoPoint) {
     const std::string men(64, ' ');
-    const JudgedGame game{"A",
-                          "B",
-                          "?",
-                          "1-0",
-                          {{"1.", "e4", true, true, 10, 0, "", men, 12, 28},
-                           {"1...", "e5", false, false, std::nullopt, 0, "", men, 52, 36},
-                           {"2.", "Nf3", true, false, 0, 0, "", men, 6, 21}}};
+    const JudgedGame game = gameOf({{"1.", "e4", true, true, 10, 0, "", men, 12, 28},
+                                    {"1...", "e5", false, false, std::nullopt, 0, "", men, 52, 36},
+                                    {"2.", "Nf3", true, false, 0, 0, "", men, 6, 21}});
     const std::string page = gamesPage({game}, 50);
     EXPECT_NE(page.find("<title>1. e4: 0.10</title>"), std::string::npos);
     EXPECT_EQ(page.find("<title>1... e5"), std::string::npos);

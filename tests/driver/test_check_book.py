@@ -98,6 +98,11 @@ class CheckBook(AnalyseTest):
         self.assertIn(": 1 position to search", self.errors)
         self.assertEqual(text_of(self.path("found.epd")).splitlines()[-1], whole.splitlines()[-1])
 
+    def test_a_line_whose_numbers_are_none_is_searched_again(self):
+        self.write("found.epd", "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq - acd six; ce 0; pm e4;\n")
+        self.check(GOOD_LINES, "--results", "found.epd")
+        self.assertIn(": 11 positions to search", self.errors)
+
     def test_some_lines_can_be_searched_first(self):
         self.write("first.txt", "1. d4 d5 2. c4 e6\n")
         found = self.check(GOOD_LINES, "--results", "found.epd", "--only", "first.txt")
