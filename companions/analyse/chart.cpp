@@ -35,6 +35,13 @@ const char* const chartStyle = R"(
 
 // ---- text -----------------------------------------------------------------------------------------------------
 
+// Whether the second byte makes it a longer form than needed, half of a pair or a number beyond Unicode.
+static bool isOutside(u8 first, std::string_view text) {
+    const u8 second = text.size() > 1 ? static_cast<u8>(text[1]) : 0x80;
+    return (first == 0xE0 && second < 0xA0) || (first == 0xED && second > 0x9F) ||
+           (first == 0xF0 && second < 0x90) || (first == 0xF4 && second > 0x8F);
+}
+
 // Length of the character that begins here; 0 if the bytes are no UTF-8.
 static std::size_t characterLength(std::string_view text) {
     const u8 first = static_cast<u8>(text.front());
@@ -48,7 +55,7 @@ static std::size_t characterLength(std::string_view text) {
         return 0;
     }
     const auto follows = [](char c) { return (static_cast<u8>(c) & 0xC0) == 0x80; };
-    return std::ranges::all_of(text.substr(1, length - 1), follows) ? length : 0;
+    return std::ranges::all_of(text.substr(1, length - 1), follows) && !isOutside(first, text) ? length : 0;
 }
 
 std::string escaped(std::string_view text) {

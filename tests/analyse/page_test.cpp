@@ -18,6 +18,11 @@ Chart straightChart(const ChartLine& line) {
 TEST(Page, WhatHasAMeaningInHtmlIsEscaped) {
     EXPECT_EQ(escaped("<a> & \"b\""), "&lt;a&gt; &amp; &quot;b&quot;");
     EXPECT_EQ(escaped("\xC3\xA9\xE9 \xE2\x82"), "\xC3\xA9? ??");
+    EXPECT_EQ(escaped("\xE0\x9F\xBF|\xED\xA0\x80|\xF0\x8F\xBF\xBF|\xF4\x90\x80\x80|\xF5"),
+              "???|???|????|????|?");
+    for (const char* const first : {"\xE0\xA0\x80", "\xED\x9F\xBF", "\xF0\x90\x80\x80", "\xF4\x8F\xBF\xBF"}) {
+        EXPECT_EQ(escaped(first), first);
+    }
 }
 
 TEST(Page, TicksStandAtRoundNumbers) {
