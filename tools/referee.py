@@ -66,7 +66,8 @@ def argument_parser():
                         "--games and --jobs may differ")
     parser.add_argument("--sprt", dest="sprt_text", metavar="ELO0,ELO1[,ALPHA,BETA]", help="stop when the "
                         "generalised sequential probability ratio test on the results of pairs (pentanomial, logistic "
-                        "Elo) has decided between a difference of ELO0 and one of ELO1, with these errors (0.05 each)")
+                        "Elo) has decided between a difference of ELO0 and one of ELO1, with these errors (0.05 each); "
+                        "--sprt=ELO0,... where ELO0 is negative")
     parser.add_argument("--ponder", choices=("none", "ours", "first", "both"), default="none",
                         help="who thinks in the opponent's time; \"ours\" are those that call themselves tarvelmon")
     parser.add_argument("--max-plies", type=int, default=400, help="a longer game is a draw")

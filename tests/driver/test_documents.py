@@ -76,6 +76,12 @@ class Documents(unittest.TestCase):
                 self.assertTrue((path.parent / link).exists(), f"{path.name}: {link}")
         self.assertGreater(count, 20)
 
+    def test_tools_that_are_told_as_commands_can_be_started(self):
+        told = {name for path in TOP.glob("docs/*.md")
+                for name in re.findall(r"^(?:    |.*`)(tools/\w+\.(?:py|sh))\b", path.read_text("utf-8"), re.MULTILINE)}
+        self.assertGreater(len(told), 12)
+        self.assertEqual([name for name in sorted(told) if not os.access(TOP / name, os.X_OK)], [])
+
     def test_the_changes_are_told_of_this_version_and_signature(self):
         newest = re.search(r"^## (\S+)\n\nSignature (\d+)\.$", source("CHANGELOG.md"), re.MULTILINE).groups()
         signature = re.search(r"searchSignature = ([\d']+)", source("bench/search_set.h")).group(1)

@@ -114,10 +114,10 @@ class Pairs(MatchTest):
 
 
 class SequentialTest(MatchTest):
-    def decide(self, first, second, games, words):
+    def decide(self, first, second, games, words, low=0):
         """Plays until the test has decided; each line tells the ratio of the pairs that it tells."""
-        output = self.play("--games", str(games), "--jobs", "2", "--sprt", "0,400", fake(first), fake(second))
-        sprt, told = Sprt(0, 400), RECORD.findall(output)
+        output = self.play("--games", str(games), "--jobs", "2", f"--sprt={low},400", fake(first), fake(second))
+        sprt, told = Sprt(low, 400), RECORD.findall(output)
         for pairs, llr in told:
             self.assertEqual(f"{sprt.llr([int(count) for count in pairs.split()]):+.2f}", llr)
         self.assertIn(words, output.splitlines()[-1])
@@ -128,6 +128,9 @@ class SequentialTest(MatchTest):
 
     def test_it_stops_for_the_weaker(self):
         self.assertLess(self.decide("weak 70", "weak 30", 40, "SPRT: H0 accepted: Elo 0 rather than 400;"), 10)
+
+    def test_the_lower_bound_may_be_negative(self):
+        self.assertLess(self.decide("weak 0", "weak 100", 40, "SPRT: H1 accepted: Elo 400 rather than -50;", low=-50), 10)
 
     def test_it_stays_undecided_when_the_games_are_over(self):
         self.assertEqual(self.decide("weak 0", "weak 100", 4, "SPRT: undecided; LLR +"), 2)
