@@ -36,8 +36,7 @@ const char* const chartStyle = R"(
 // ---- text -----------------------------------------------------------------------------------------------------
 
 // Whether the second byte makes it a longer form than needed, half of a pair or a number beyond Unicode.
-static bool isOutside(u8 first, std::string_view text) {
-    const u8 second = text.size() > 1 ? static_cast<u8>(text[1]) : 0x80;
+static bool isOutside(u8 first, u8 second) {
     return (first == 0xE0 && second < 0xA0) || (first == 0xED && second > 0x9F) ||
            (first == 0xF0 && second < 0x90) || (first == 0xF4 && second > 0x8F);
 }
@@ -51,11 +50,14 @@ static std::size_t characterLength(std::string_view text) {
                                : first < 0xF0 ? 3
                                : first < 0xF5 ? 4
                                               : 0;
-    if (length == 0 || length > text.size()) {
+    if (length == 1) {
+        return 1;
+    }
+    if (length == 0 || length > text.size() || isOutside(first, static_cast<u8>(text[1]))) {
         return 0;
     }
     const auto follows = [](char c) { return (static_cast<u8>(c) & 0xC0) == 0x80; };
-    return std::ranges::all_of(text.substr(1, length - 1), follows) && !isOutside(first, text) ? length : 0;
+    return std::ranges::all_of(text.substr(1, length - 1), follows) ? length : 0;
 }
 
 std::string escaped(std::string_view text) {

@@ -77,8 +77,8 @@ class Documents(unittest.TestCase):
         self.assertGreater(count, 20)
 
     def test_tools_that_are_told_as_commands_can_be_started(self):
-        told = {name for path in TOP.glob("docs/*.md")
-                for name in re.findall(r"^(?:    |.*`)(tools/\w+\.(?:py|sh))\b", path.read_text("utf-8"), re.MULTILINE)}
+        told = {name for path in [*TOP.glob("*.md"), *TOP.glob("docs/*.md")]
+                for name in re.findall(r"(?:^    |`)(tools/\w+\.(?:py|sh))\b", path.read_text("utf-8"), re.MULTILINE)}
         self.assertGreater(len(told), 12)
         self.assertEqual([name for name in sorted(told) if not os.access(TOP / name, os.X_OK)], [])
 
