@@ -8,7 +8,8 @@ OPENINGS is a file of opening lines as tarvelmon-book reads them, data/book/open
 tables, to --depth.
 A move without "?" is a finding if its side stands worse than --limit pawns afterwards, or if the score has fallen by
 more than that against the position before, though the search there held another move for best. Both scores are of the
-same depth. What a side only comes to by a move of its own with "?" is not judged: the engine does not play there.
+same depth. What a side only comes to by a move of its own with "?" is not judged: the engine does not play there. A "?" on
+a move that another line plays is a finding too.
 
 --results FILE keeps what has been searched, as EPD: it is added to line by line, and a later call searches only what is
 new, whatever the lines were before. With --only, only the positions of that file of lines are searched now; what is not
@@ -81,6 +82,7 @@ class Book:
     def __init__(self):
         self.positions = {}
         self.moves = {}
+        self.marked = []  # the moves with "?": number of the line, position, move's text
         self.start = self.known(Position())
 
     def known(self, position):
@@ -120,7 +122,9 @@ class Book:
             if not word:
                 continue
             text, after = self.move_on(now, word)
-            if "?" not in word:
+            if "?" in word:
+                self.marked.append((number, now, text))
+            else:
                 move = self.moves.setdefault((now.epd, text), BookMove(now, after, text))
                 move.lines.append(number)
             now = after
@@ -224,17 +228,30 @@ def faults_of(move, searched, limit):
     return faults
 
 
-def report(path, moves, searched, limit):
-    """Prints the findings; their number."""
+def written(position, text):
+    return f"{position.number}{'.' if position.white else '...'} {san(position, text)}"
+
+
+def report_marks(path, book):
+    """Prints the moves that are both marked and played; their number."""
+    findings = 0
+    for number, before, text in book.marked:
+        played = book.moves.get((before.epd, text))
+        if played is not None:
+            findings += 1
+            print(f"{path}:{number}: {written(before.position, text)}? is played in line {played.lines[0]}")
+    return findings
+
+
+def report_faults(path, moves, searched, limit):
+    """Prints the moves to be played that are found faulty; their number."""
     findings = 0
     for move in moves:
         faults = faults_of(move, searched, limit)
         if faults:
             findings += 1
-            position = move.before.position
-            dots = "." if position.white else "..."
             others = f" (and in {len(move.lines) - 1} more)" if len(move.lines) > 1 else ""
-            print(f"{path}:{move.lines[0]}: {position.number}{dots} {san(position, move.text)} {'; '.join(faults)}{others}")
+            print(f"{path}:{move.lines[0]}: {written(move.before.position, move.text)} {'; '.join(faults)}{others}")
     return findings
 
 
@@ -279,7 +296,8 @@ def check(arguments):
         command = [str(arguments.analyse or analyse_program()), "--depth", str(arguments.depth),
                    "--hash", str(arguments.hash), "--jobs", str(arguments.jobs)]
         results.search(command, wanted)
-    findings = report(arguments.openings, moves, results.searched, round(arguments.limit * 100))
+    findings = report_marks(arguments.openings, book)
+    findings += report_faults(arguments.openings, moves, results.searched, round(arguments.limit * 100))
     known = sum(move.after.epd in results.searched and move.before.epd in results.searched for move in moves)
     print(f"{len(judged)} positions, {len(moves)} moves to be played, {known} of them judged; {findings} findings")
     return 1 if findings else 0

@@ -52,6 +52,11 @@ class CheckBook(AnalyseTest):
     def test_what_is_only_answered_is_not_judged(self):
         self.check(GOOD_LINES + "1. e4 e5 2. Nf3 Nc6 3. Nxe5? Nxe5\n1. e4 e5 2. Nf3 Qg5?! 3. Nxg5\n")
 
+    def test_a_mark_that_another_line_does_not_bear_is_told(self):
+        found = self.check(GOOD_LINES + "1. d4 d5 2. c4? c6\n1. e4? e5\n", status=1)
+        self.assertEqual(found[:2], ["lines.txt:5: 2. c4? is played in line 4", "lines.txt:6: 1. e4? is played in line 3"])
+        self.assertTrue(found[2].endswith("; 2 findings"), found[2])
+
     def test_what_follows_an_own_move_that_is_only_answered_is_not_judged(self):
         lines = GOOD_LINES + "1. e4 e5 2. Nf3 Qg5? 3. Nxg5 d6 4. Nf3\n"
         self.assertIn("15 positions, 12 moves to be played, 12 of them judged", self.check(lines)[0])
