@@ -57,7 +57,6 @@ static void enterUserFolder() {
 static void chooseSampleNumbers() {
     EngineOptions.hashSize = 128;
     EngineOptions.pawnHashSize = 16;
-    TimeControl.moreTime = 15;
     TimeControl.fastOpening = 5 * fastOpeningFactor;
 }
 

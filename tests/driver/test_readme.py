@@ -128,7 +128,7 @@ class ShownSessions(unittest.TestCase):
     def test_a_session_that_is_not_what_is_printed_is_found(self):
         banner = ["$ ./run", "tarvelmon chess engine by Ubaldo Merikossa", "version 0.12", "", MODE_LINE + "console"]
         self.replay([*banner, ANY_LINES, "tarvelmon> sd 3", "Depth set with value 3 PLY"])
-        budget = "#DEBUG moves: 0 move speed: 40  allocated time: 6000"
+        budget = "#DEBUG moves: 0 move speed: 50  allocated time: 6000"
         for name, lines in {
                 "a line that is not printed": ["tarvelmon> sd 3", "Depth set with value 4 PLY"],
                 "a line that is not shown": ["tarvelmon> sd 3", "", "tarvelmon> quit"],

@@ -114,9 +114,9 @@ TEST(SampleConfiguration, SetsDefaultsButForMemoryTimesAndTheFolderOfTables) {
     EXPECT_EQ(EngineOptions.randBook, 1);
     EXPECT_EQ(EngineOptions.syzygy, 1);
     EXPECT_EQ(EngineOptions.syzygyMen, 5);
-    EXPECT_EQ(TimeControl.maxTime, 240000);
+    EXPECT_EQ(TimeControl.maxTime, 300000);
     EXPECT_EQ(TimeControl.suddenDeath, 20);
-    EXPECT_EQ(TimeControl.moreTime, 15);
+    EXPECT_EQ(TimeControl.moreTime, 5);
     EXPECT_EQ(TimeControl.lessTime, 5);
     EXPECT_EQ(TimeControl.fastGame, 5);
     EXPECT_EQ(TimeControl.fastOpening, 35);
